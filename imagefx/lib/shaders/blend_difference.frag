@@ -1,0 +1,6 @@
+// abs(a - b); a: source, b: effect
+
+lowp vec3 fx_blend(lowp vec3 a, lowp vec3 b)
+{
+    return abs(a - b);
+}

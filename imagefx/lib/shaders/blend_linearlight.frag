@@ -1,0 +1,6 @@
+// a + 2b - 1; a: source, b: effect
+
+lowp vec3 fx_blend(lowp vec3 a, lowp vec3 b)
+{
+    return a + 2.0 * b - 1.0;
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QtCore/QByteArray>
+#include <QtCore/QPointer>
+#include <QtGui/QOpenGLContext>
+#include <QtGui/qopengl.h>
+
+namespace ko::imagefx
+{
+
+// A texture of one row, read as a table on a unit of its own with nearest filtering. It keeps its
+// texels: where the context that is current does not know the texture, since the window that showed
+// it has gone, it is made again. Every function needs a current GL context, the destructor apart,
+// which leaves the texture to its context when that is not current.
+class TableTexture
+{
+public:
+    // `format` is the layout of the texels and of the texture, GL_ALPHA say, one byte a component.
+    TableTexture(int unit, GLenum format, GLenum wrap = GL_CLAMP_TO_EDGE);
+    ~TableTexture();
+
+    // Uploads `texels`, a whole number of them.
+    void setTexels(const QByteArray &texels, int width);
+    // Binds the texture on its unit, which stays active.
+    void bind();
+
+private:
+    Q_DISABLE_COPY(TableTexture)
+
+    bool isOfCurrentGroup() const;
+    void generate();
+    void upload() const;
+
+    const int m_unit;
+    const GLenum m_format;
+    const GLenum m_wrap;
+    GLuint m_textureId = 0;
+    QPointer<QOpenGLContextGroup> m_group;
+    QByteArray m_texels;
+    int m_width = 0;
+};
+
+} // namespace ko::imagefx
