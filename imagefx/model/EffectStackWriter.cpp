@@ -3,6 +3,7 @@
 #include "imagefx/model/ImageEffect.h"
 
 #include <QtCore/QMetaProperty>
+#include <QtGui/QColor>
 
 namespace ko::imagefx
 {
@@ -41,6 +42,10 @@ QJsonValue writeValue(const QObject *object, const QMetaProperty &property)
         return writeStops(object);
     }
     const int type = property.userType();
+    // The generic conversion would write the alpha of a translucent colour, too.
+    if (type == QMetaType::QColor) {
+        return property.read(object).value<QColor>().name();
+    }
     const bool builtIn = type != QMetaType::UnknownType && type < int(QMetaType::User);
     return builtIn ? QJsonValue::fromVariant(property.read(object)) : QJsonValue(QJsonValue::Null);
 }

@@ -72,8 +72,8 @@ MaskGradient buildMaskGradient(const QVector<MaskGradientStop> &stops, MaskGradi
         const int length = right.position - left.position;
         for (int i = 0; i < length; ++i) {
             const double t = double(i) / length;
-            gradient[size_t(left.position + i)] =
-                uchar(qRound(left.value + (right.value - left.value) * weight(fill, t)));
+            const double value = left.value + (right.value - left.value) * weight(fill, t);
+            gradient.at(size_t(left.position) + size_t(i)) = uchar(qRound(value));
         }
         left = right;
     }

@@ -69,7 +69,7 @@ QSharedPointer<ImageEffectPass> ImageEffectState::effectPass(const PixelBufferSt
 
 QSharedPointer<ImageEffectPass> ImageEffectState::compilePass(const PixelBufferState *pbs)
 {
-    const QSharedPointer<ImageEffectPass> pass(createPass(pbs), deletePass);
+    QSharedPointer<ImageEffectPass> pass(createPass(pbs), deletePass);
     if (bindLinked(pass.data())) {
         initializePass(pass.data());
         pass->release();

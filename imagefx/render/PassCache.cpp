@@ -24,7 +24,7 @@ QSharedPointer<ImageEffectPass> PassCache::find(const QString &key)
     if (found == m_index.end()) {
         return {};
     }
-    const QSharedPointer<ImageEffectPass> pass = found->toStrongRef();
+    QSharedPointer<ImageEffectPass> pass = found->toStrongRef();
     if (!pass) {
         m_index.erase(found);
         return {};
