@@ -1,0 +1,140 @@
+#include "imagefx/RegisterQml.h"
+#include "imagefx/model/EffectStackReader.h"
+#include "imagefx/model/ImageEffect.h"
+#include "imagefx/render/ImageEffectRenderer.h"
+#include "tests/support/OffscreenGl.h"
+#include "tests/support/TestMain.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QDirIterator>
+#include <QtCore/QFile>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QTemporaryDir>
+#include <QtGui/QOpenGLFramebufferObject>
+#include <QtQml/QQmlComponent>
+#include <QtQml/QQmlEngine>
+#include <QtQml/QQmlListReference>
+
+#include <memory>
+
+using namespace ko::imagefx;
+using ko::imagefx::test::OffscreenGl;
+
+namespace
+{
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+int effectsIn(const QByteArray &json, QStringList *unknown)
+{
+    const EffectRegistry registry = EffectRegistry::complete();
+    EffectStackReader reader(registry);
+    const QList<ImageEffect *> effects = reader.readStack(QJsonDocument::fromJson(json).array());
+    for (const ImageEffect *effect : effects) {
+        delete effect->alphaMask();
+    }
+    qDeleteAll(effects);
+    *unknown = reader.unknownIds();
+    return effects.size();
+}
+
+} // namespace
+
+// What the README shows works as it stands.
+class ReadmeTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void theQmlAndTheCppSnippetDarkenTheCorners()
+    {
+        const QTemporaryDir folder;
+        const QString formerFolder = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(folder.path()));
+        QVERIFY(QFile::copy(QStringLiteral(SNIPPETS "/snippet.qml.inc"),
+                            QStringLiteral("vignette.qml")));
+        QImage white(101, 101, QImage::Format_RGB32);
+        white.fill(Qt::white);
+        QVERIFY(white.save(QStringLiteral("photo.jpg"), nullptr, 100));
+        OffscreenGl gl;
+        QVERIFY(gl.isValid());
+        {
+#include "snippet.cpp.inc"
+        }
+        const QImage result(QStringLiteral("vignette.png"));
+        QVERIFY(QDir::setCurrent(formerFolder));
+        QCOMPARE(result.size(), white.size());
+        QCOMPARE(qGray(result.pixel(50, 50)), 255);
+        QVERIFY(qGray(result.pixel(0, 0)) < 90);
+        QVERIFY(qGray(result.pixel(0, 50)) < 255);
+    }
+
+    void theStackOfTheReadmeIsRead()
+    {
+        QStringList unknown;
+        QCOMPARE(effectsIn(contentOf(QStringLiteral(SNIPPETS "/snippet.json.inc")), &unknown), 2);
+        QCOMPARE(unknown, QStringList());
+    }
+
+    void everyExampleStackIsRead()
+    {
+        int count = 0;
+        QDirIterator files(QStringLiteral(EXAMPLE_STACKS), {QStringLiteral("*.json")});
+        while (files.hasNext()) {
+            const QByteArray json = contentOf(files.next());
+            QStringList unknown;
+            QCOMPARE(effectsIn(json, &unknown), QJsonDocument::fromJson(json).array().size());
+            QVERIFY(unknown.isEmpty());
+            ++count;
+        }
+        QVERIFY(count >= 6);
+    }
+
+    void abstractTypesCannotBeCreated()
+    {
+        imagefx_register_qml("Korvel.ImageFx");
+        QQmlEngine engine;
+        for (const char *type : {"ImageEffect", "AlphaMask"}) {
+            QQmlComponent component(&engine);
+            component.setData(QByteArray("import Korvel.ImageFx 1.0\n") + type + " {}", QUrl());
+            QVERIFY(component.isError());
+            QVERIFY(component.errorString().contains(QLatin1String(type) +
+                                                     QLatin1String(" is abstract")));
+        }
+        QQmlComponent newer(&engine);
+        newer.setData("import Korvel.ImageFx 1.1\nHueAlphaMask {}", QUrl());
+        QVERIFY(newer.isError());
+    }
+
+    // QML may destroy what is listed; the list lets go of it.
+    void stopThatQmlDestroysLeavesItsMask()
+    {
+        imagefx_register_qml("Korvel.ImageFx");
+        QQmlEngine engine;
+        QQmlComponent component(&engine);
+        component.setData("import QtQml 2.15\nimport Korvel.ImageFx 1.0\n"
+                          "QtObject {\n"
+                          "    property Component maker: AlphaGradientStop { value: 0 }\n"
+                          "    property QtObject stop: maker.createObject(null)\n"
+                          "    property QtObject mask: HueAlphaMask {}\n"
+                          "    function dropIt() { stop.destroy() }\n"
+                          "}\n",
+                          QUrl());
+        const std::unique_ptr<QObject> object(component.create());
+        QVERIFY2(object, qPrintable(component.errorString()));
+        auto *mask = object->property("mask").value<QObject *>();
+        QQmlListReference stops(mask, "gradientStops", &engine);
+        QVERIFY(stops.append(object->property("stop").value<QObject *>()));
+        QCOMPARE(stops.count(), 1);
+        QVERIFY(QMetaObject::invokeMethod(object.get(), "dropIt"));
+        QTRY_COMPARE(stops.count(), 0);
+    }
+};
+
+KORVEL_TEST_MAIN(ReadmeTest)
+
+#include "tst_readme.moc"
