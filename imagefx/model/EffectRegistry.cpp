@@ -1,10 +1,16 @@
 #include "imagefx/model/EffectRegistry.h"
 
+#include "imagefx/effects/BatchImageEffect.h"
+#include "imagefx/effects/BlurImageEffect.h"
 #include "imagefx/effects/BrightnessContrastImageEffect.h"
 #include "imagefx/effects/ChannelShiftImageEffect.h"
 #include "imagefx/effects/ColorFillImageEffect.h"
+#include "imagefx/effects/ExposureImageEffect.h"
 #include "imagefx/effects/GrayScaleImageEffect.h"
 #include "imagefx/effects/HSVImageEffect.h"
+#include "imagefx/effects/LookupTableImageEffect.h"
+#include "imagefx/effects/SelectiveSaturationImageEffect.h"
+#include "imagefx/effects/SharpenImageEffect.h"
 #include "imagefx/model/DistanceAlphaMask.h"
 #include "imagefx/model/HueAlphaMask.h"
 #include "imagefx/model/LuminanceAlphaMask.h"
@@ -56,9 +62,15 @@ EffectRegistry EffectRegistry::complete()
 void EffectRegistry::fill()
 {
     enterEffect<GrayScaleImageEffect>(*this, "GrayScale");
+    enterEffect<BlurImageEffect>(*this, "Blur");
+    enterEffect<SharpenImageEffect>(*this, "Sharpen");
     enterEffect<ColorFillImageEffect>(*this, "ColorFill");
+    enterEffect<BatchImageEffect>(*this, "Batch");
+    enterEffect<ExposureImageEffect>(*this, "Exposure");
+    enterEffect<SelectiveSaturationImageEffect>(*this, "SelectiveSaturation");
     enterEffect<BrightnessContrastImageEffect>(*this, "BrighnessContrast");
     enterEffect<ChannelShiftImageEffect>(*this, "ChannelShift");
+    enterEffect<LookupTableImageEffect>(*this, "LUT");
     enterMask<HueAlphaMask>(*this, "Hue");
     enterMask<DistanceAlphaMask>(*this, "Distance");
     enterMask<LuminanceAlphaMask>(*this, "Luminance");

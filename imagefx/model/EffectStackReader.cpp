@@ -1,6 +1,6 @@
 #include "imagefx/model/EffectStackReader.h"
 
-#include "imagefx/model/ImageEffect.h"
+#include "imagefx/effects/BatchImageEffect.h"
 
 #include <QtCore/QMetaProperty>
 
@@ -86,6 +86,9 @@ void EffectStackReader::readProperty(ImageEffect *effect, const QMetaProperty &p
         property.write(effect, enumerator(value));
     } else if (property.userType() == qMetaTypeId<AlphaMask *>()) {
         property.write(effect, QVariant::fromValue(readMask(value.toObject())));
+    } else if (auto *batch = qobject_cast<BatchImageEffect *>(effect);
+               batch != nullptr && qstrcmp(property.name(), "imageEffects") == 0) {
+        batch->setImageEffectList(readStack(value.toArray()));
     } else if (isBuiltIn(property)) {
         QVariant variant = value.toVariant();
         variant.convert(property.userType());

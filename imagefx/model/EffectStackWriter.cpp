@@ -1,6 +1,6 @@
 #include "imagefx/model/EffectStackWriter.h"
 
-#include "imagefx/model/ImageEffect.h"
+#include "imagefx/effects/BatchImageEffect.h"
 
 #include <QtCore/QMetaProperty>
 #include <QtGui/QColor>
@@ -37,9 +37,12 @@ QJsonValue writeValue(const QObject *object, const QMetaProperty &property)
     if (property.userType() == qMetaTypeId<AlphaMask *>()) {
         return writeMask(property.read(object).value<AlphaMask *>());
     }
-    // Told by name: only QML registers the types of list properties.
+    // Told by name: only QML registers the types of list properties. The batch alone has effects.
     if (qstrcmp(property.typeName(), "QQmlListProperty<ko::imagefx::AlphaGradientStop>") == 0) {
         return writeStops(object);
+    }
+    if (qstrcmp(property.typeName(), "QQmlListProperty<ko::imagefx::ImageEffect>") == 0) {
+        return writeStack(static_cast<const BatchImageEffect *>(object)->imageEffectList());
     }
     const int type = property.userType();
     // The generic conversion would write the alpha of a translucent colour, too.

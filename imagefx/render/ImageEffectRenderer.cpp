@@ -2,6 +2,7 @@
 
 #include "imagefx/model/ImageEffect.h"
 #include "imagefx/render/BasePass.h"
+#include "imagefx/render/FramebufferCopy.h"
 #include "imagefx/render/ImageEffectPass.h"
 #include "imagefx/render/ImageEffectState.h"
 #include "imagefx/render/PixelBufferState.h"
@@ -38,17 +39,6 @@ void prepareTarget(QOpenGLFramebufferObject *target)
     gl->glDisable(GL_BLEND);
     gl->glFrontFace(GL_CW);
     gl->glCullFace(GL_BACK);
-}
-
-void copy(QOpenGLFramebufferObject *source, QOpenGLFramebufferObject *target, BasePass *basePass)
-{
-    if (QOpenGLFramebufferObject::hasOpenGLFramebufferBlit()) {
-        QOpenGLFramebufferObject::blitFramebuffer(target, source, GL_COLOR_BUFFER_BIT, GL_NEAREST);
-        return;
-    }
-    target->bind();
-    basePass->draw(source->texture(), wholeTexture);
-    target->release();
 }
 
 GLuint uploadTexture(const QImage &image)
@@ -144,7 +134,7 @@ void ImageEffectRenderer::render(GLuint textureId, QOpenGLFramebufferObject *tar
         std::swap(targets.source, targets.target);
     }
     if (targets.source != target) {
-        copy(&temporary, target, basePass.data());
+        copyFramebuffer(&temporary, target);
     }
     activateTextureUnit(sourceUnit);
     QOpenGLContext::currentContext()->functions()->glFlush();

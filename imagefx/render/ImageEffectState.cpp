@@ -59,12 +59,23 @@ QSharedPointer<ImageEffectPass> ImageEffectState::effectPass(const PixelBufferSt
         pass = compilePass(pbs);
         cache.insert(key, pass);
     }
+    usePass(pass, pbs);
+    return pass;
+}
+
+void ImageEffectState::restorePass(const PixelBufferState *pbs)
+{
+    usePass(m_resolvedPass, pbs);
+}
+
+void ImageEffectState::usePass(const QSharedPointer<ImageEffectPass> &pass,
+                               const PixelBufferState *pbs)
+{
     const bool bound = bindLinked(pass.data());
     updatePass(pass, pbs);
     if (bound) {
         pass->release();
     }
-    return pass;
 }
 
 QSharedPointer<ImageEffectPass> ImageEffectState::compilePass(const PixelBufferState *pbs)

@@ -34,6 +34,10 @@ public:
     // uniform set and every table bound; released.
     QSharedPointer<ImageEffectPass> effectPass(const PixelBufferState *pbs);
 
+    // Sets the uniforms and binds the tables of the pass last returned once more, for a pass that
+    // lets others draw before it does.
+    void restorePass(const PixelBufferState *pbs);
+
     // The complete text of the fragment shader.
     QByteArray generateFragmentShader(const PixelBufferState *pbs) const;
     // The mask's piece, also of a mask that is off; empty without a mask.
@@ -64,6 +68,7 @@ private:
     bool masked() const;
     QString passKey(const PixelBufferState *pbs) const;
     QSharedPointer<ImageEffectPass> compilePass(const PixelBufferState *pbs);
+    void usePass(const QSharedPointer<ImageEffectPass> &pass, const PixelBufferState *pbs);
 
     bool m_passDisabled = false;
     int m_blendMode = 0;

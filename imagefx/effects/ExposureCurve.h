@@ -1,0 +1,13 @@
+#pragma once
+
+#include "imagefx/effects/ExposureTables.h"
+
+namespace ko::imagefx
+{
+
+// The tone curve of the exposure effect: exposure, then shadows, then lights, each rounded to a
+// level that the next one starts from. All three from -1 to 1; zeros give the identity. A pure
+// function: any thread, no GL.
+ToneTable buildExposureCurve(float exposure, float darkTones, float lightTones);
+
+} // namespace ko::imagefx
