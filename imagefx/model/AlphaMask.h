@@ -36,7 +36,7 @@ class KORVELIMAGEFX_EXPORT AlphaMask : public QObject
                        gradientInterpolationChanged)
 
 public:
-    enum GradientInterpolation {
+    enum GradientInterpolation : int {
         ConstantInterpolation = 0,
         LinearInterpolation = 1,
         HermiteInterpolation = 2,

@@ -41,7 +41,8 @@ class KORVELIMAGEFX_EXPORT ImageEffect : public QObject
         ko::imagefx::AlphaMask *alphaMask READ alphaMask WRITE setAlphaMask NOTIFY alphaMaskChanged)
 
 public:
-    enum BlendMode {
+    // Of a fixed type, since any number may be stored.
+    enum BlendMode : int {
         Normal = 0,
         Add = 1,
         Subtract = 2,
