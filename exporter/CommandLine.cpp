@@ -31,7 +31,7 @@ Outcome CommandLine::parse(const QStringList &arguments)
                 return usage(QStringLiteral("%1 needs a name").arg(arguments.at(i - 1)));
             }
             m_platform = arguments.at(i);
-        } else if (const Outcome failure = parseArgument(arguments.at(i))) {
+        } else if (Outcome failure = parseArgument(arguments.at(i))) {
             return failure;
         }
     }

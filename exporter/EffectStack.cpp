@@ -1,5 +1,9 @@
 #include "exporter/EffectStack.h"
 
+#include "exporter/ErrorCapture.h"
+
+#include "imagefx/effects/BatchImageEffect.h"
+#include "imagefx/effects/LookupTableImageEffect.h"
 #include "imagefx/model/AlphaMask.h"
 #include "imagefx/model/EffectRegistry.h"
 #include "imagefx/model/EffectStackReader.h"
@@ -13,25 +17,44 @@ namespace ko::exporter
 {
 
 using imagefx::AlphaMask;
+using imagefx::BatchImageEffect;
 using imagefx::EffectRegistry;
 using imagefx::EffectStackReader;
 using imagefx::ImageEffect;
 using imagefx::ImageEffectState;
+using imagefx::LookupTableImageEffect;
 
 namespace
 {
 
-void destroy(ImageEffect *effect)
+const QString nestedKey = QStringLiteral("imageEffects");
+
+QList<ImageEffect *> nestedEffects(const ImageEffect *effect)
 {
-    AlphaMask *mask = effect->alphaMask();
-    delete effect;
-    delete mask;
+    const auto *batch = qobject_cast<const BatchImageEffect *>(effect);
+    return batch != nullptr ? batch->imageEffectList() : QList<ImageEffect *>();
+}
+
+// The batch goes first, so that none of its effects is missed while it lives.
+void destroy(const QList<ImageEffect *> &effects)
+{
+    for (ImageEffect *effect : effects) {
+        const QList<ImageEffect *> nested = nestedEffects(effect);
+        AlphaMask *mask = effect->alphaMask();
+        delete effect;
+        delete mask;
+        destroy(nested);
+    }
 }
 
 // Whether a neutral effect shows is told from the blend mode of the update before, so one update is
-// not enough.
+// not enough. A batch takes the states that its effects have at its own update.
 QSharedPointer<ImageEffectState> stateAtRest(ImageEffect *effect)
 {
+    const QList<ImageEffect *> nested = nestedEffects(effect);
+    for (ImageEffect *inner : nested) {
+        stateAtRest(inner);
+    }
     effect->currentState();
     Q_EMIT effect->updateRequired();
     return effect->currentState();
@@ -48,38 +71,57 @@ bool hasKnownBlendMode(const QJsonObject &effect)
 
 EffectStack::~EffectStack()
 {
-    for (ImageEffect *effect : qAsConst(m_effects)) {
-        destroy(effect);
-    }
+    destroy(m_effects);
 }
 
 void EffectStack::read(const QJsonArray &array)
 {
+    const ErrorCapture capture;
     const EffectRegistry registry = EffectRegistry::complete();
     EffectStackReader reader(registry);
-    m_effects = reader.readStack(drawableElements(array));
+    m_effects = reader.readStack(drawableElements(array, QString()));
     const QStringList unknownIds = reader.unknownIds();
     for (const QString &id : unknownIds) {
         m_complaints.append(id.isEmpty()
                                 ? QStringLiteral("an effect or mask has no id")
                                 : QStringLiteral("no effect or mask has the id \"%1\"").arg(id));
     }
+    checkLookupTables(m_effects);
 }
 
 // An effect whose blend mode does not exist has no program and would leave an empty picture.
-QJsonArray EffectStack::drawableElements(const QJsonArray &array)
+QJsonArray EffectStack::drawableElements(const QJsonArray &array, const QString &parent)
 {
     QJsonArray drawable;
     for (int i = 0; i < array.size(); ++i) {
+        const QString place = parent + QStringLiteral("[%1]").arg(i);
+        QJsonObject effect = array.at(i).toObject();
         if (!array.at(i).isObject()) {
-            m_complaints.append(QStringLiteral("element %1 is not an object").arg(i));
-        } else if (!hasKnownBlendMode(array.at(i).toObject())) {
-            m_complaints.append(QStringLiteral("element %1 has an unknown blend mode").arg(i));
+            m_complaints.append(QStringLiteral("element %1 is not an object").arg(place));
+        } else if (!hasKnownBlendMode(effect)) {
+            m_complaints.append(QStringLiteral("element %1 has an unknown blend mode").arg(place));
         } else {
-            drawable.append(array.at(i));
+            if (effect.value(nestedKey).isArray()) {
+                effect.insert(nestedKey, drawableElements(effect.value(nestedKey).toArray(),
+                                                          place + QLatin1Char('.') + nestedKey));
+            }
+            drawable.append(effect);
         }
     }
     return drawable;
+}
+
+// An effect without its table is neutral, and the picture would silently lack it.
+void EffectStack::checkLookupTables(const QList<ImageEffect *> &effects)
+{
+    for (const ImageEffect *effect : effects) {
+        const auto *grade = qobject_cast<const LookupTableImageEffect *>(effect);
+        if (grade != nullptr && !grade->table().isEmpty() && grade->lut().isNull()) {
+            m_complaints.append(QStringLiteral("the lookup table %1 cannot be used")
+                                    .arg(grade->table().toDisplayString().left(200)));
+        }
+        checkLookupTables(nestedEffects(effect));
+    }
 }
 
 QList<ImageEffect *> EffectStack::visibleEffects() const

@@ -14,7 +14,7 @@ namespace
 // The real standard error while a capture lives, else -1.
 int savedError = -1;
 
-constexpr off_t captureLimit = 64 * 1024;
+constexpr off_t captureLimit = 65536;
 
 void writeAll(int descriptor, const QByteArray &bytes)
 {

@@ -37,25 +37,25 @@ Outcome ImageExport::run(const ExportRequest &request)
     TargetWriter target(request.target);
     SourcePicture source(request.source);
     EffectStack stack;
-    if (const Outcome failure = source.open()) {
+    if (Outcome failure = source.open()) {
         return failure;
     }
-    if (const Outcome failure = readStack(request, &stack)) {
+    if (Outcome failure = readStack(request, &stack)) {
         return failure;
     }
-    if (const Outcome failure = target.check()) {
+    if (Outcome failure = target.check()) {
         return failure;
     }
     QImage result;
     if (stack.isEmpty()) {
-        if (const Outcome failure = source.decode()) {
+        if (Outcome failure = source.decode()) {
             return failure;
         }
         result = source.image();
-    } else if (const Outcome failure = draw(request, &source, stack, &result)) {
+    } else if (Outcome failure = draw(request, &source, stack, &result)) {
         return failure;
     }
-    const Outcome failure = target.write(result, source.iccProfile());
+    Outcome failure = target.write(result, source.iccProfile());
     m_warnings += target.warnings();
     return failure;
 }
@@ -63,7 +63,7 @@ Outcome ImageExport::run(const ExportRequest &request)
 Outcome ImageExport::readStack(const ExportRequest &request, EffectStack *stack)
 {
     StackFile file(request.effects);
-    if (const Outcome failure = file.read()) {
+    if (Outcome failure = file.read()) {
         return failure;
     }
     stack->read(file.array());
@@ -83,17 +83,17 @@ Outcome ImageExport::readStack(const ExportRequest &request, EffectStack *stack)
 Outcome ImageExport::draw(const ExportRequest &request, SourcePicture *source,
                           const EffectStack &stack, QImage *result)
 {
-    if (const Outcome failure = m_gl.start(request.source)) {
+    if (Outcome failure = m_gl.start(request.source)) {
         return failure;
     }
     const int largestSide = m_gl.largestSide();
-    if (const Outcome failure = checkSize(request.source, source->storedSize(), largestSide)) {
+    if (Outcome failure = checkSize(request.source, source->storedSize(), largestSide)) {
         return failure;
     }
-    if (const Outcome failure = source->decode()) {
+    if (Outcome failure = source->decode()) {
         return failure;
     }
-    if (const Outcome failure = checkSize(request.source, source->image().size(), largestSide)) {
+    if (Outcome failure = checkSize(request.source, source->image().size(), largestSide)) {
         return failure;
     }
     const QList<imagefx::ImageEffect *> effects = stack.visibleEffects();

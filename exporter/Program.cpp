@@ -5,12 +5,10 @@
 #include "exporter/ImageExport.h"
 #include "exporter/OffscreenGl.h"
 
-#include <QtCore/QTextCodec>
+#include <QtCore/QStringList>
 
 #include <csignal>
 #include <cstdio>
-#include <langinfo.h>
-#include <locale.h>
 #include <new>
 
 namespace ko::exporter
@@ -18,21 +16,6 @@ namespace ko::exporter
 
 namespace
 {
-
-// In the C locale, which containers and services run in, Qt would replace every letter beyond ASCII
-// in a path. File names are UTF-8 there like anywhere else.
-void useUtf8PathsInCLocale()
-{
-    const locale_t locale = newlocale(LC_CTYPE_MASK, "", nullptr);
-    const bool ascii =
-        locale == nullptr || qstrcmp(nl_langinfo_l(CODESET, locale), "ANSI_X3.4-1968") == 0;
-    if (locale != nullptr) {
-        freelocale(locale);
-    }
-    if (ascii) {
-        QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-    }
-}
 
 QStringList argumentList(int argc, char *argv[])
 {
@@ -52,7 +35,7 @@ Outcome exportOnce(const CommandLine &commandLine)
 {
     OffscreenGl gl(commandLine.platform());
     ImageExport image(gl);
-    const Outcome failure = image.run(
+    Outcome failure = image.run(
         {commandLine.source(), commandLine.target(), commandLine.effects(), commandLine.strict()});
     const QStringList warnings = failure ? QStringList() : image.warnings();
     for (const QString &warning : warnings) {
@@ -85,7 +68,6 @@ int runProgram(int argc, char *argv[])
 {
     // A file size limit shall be an error that can be told, not the end.
     std::signal(SIGXFSZ, SIG_IGN);
-    useUtf8PathsInCLocale();
     CommandLine commandLine;
     const Outcome mistake = commandLine.parse(argumentList(argc, argv));
     if (commandLine.helpWanted()) {

@@ -21,32 +21,13 @@ namespace
 
 constexpr qint64 largestFile = std::numeric_limits<int>::max() - 64;
 
-// The JPEG codec fills the missing rest of a picture with grey and only prints a warning.
-bool tellsTruncatedJpeg(const QByteArray &errors)
-{
-    return errors.toLower().contains("premature end");
-}
-
-// The TIFF codec prints "MODULE: TEXT." for damage that it passes over, "MODULE: Warning, TEXT."
-// for things that are merely unusual. Lines of Qt's own begin with their category.
-bool tellsDamagedTiff(const QByteArray &errors)
-{
-    const QList<QByteArray> lines = errors.split('\n');
-    for (const QByteArray &line : lines) {
-        if (!line.isEmpty() && !line.contains("Warning, ") && !line.startsWith("qt.")) {
-            return true;
-        }
-    }
-    return false;
-}
-
-bool isDamaged(PictureFormat::Kind kind, const QByteArray &file, const QByteArray &errors)
+// Two codecs do not fail where the file ends early. That of JPEG fills the rest with grey and
+// prints a warning; that of BMP leaves it black.
+bool isTruncated(PictureFormat::Kind kind, const QByteArray &file, const QByteArray &errors)
 {
     switch (kind) {
     case PictureFormat::Jpeg:
-        return tellsTruncatedJpeg(errors);
-    case PictureFormat::Tiff:
-        return tellsDamagedTiff(errors);
+        return errors.toLower().contains("premature end");
     case PictureFormat::Bmp:
         return isTruncatedBmp(file);
     default:
@@ -60,14 +41,12 @@ QImage upright(const QImage &image, QImageIOHandler::Transformations transformat
     if (transformation == QImageIOHandler::TransformationNone) {
         return image;
     }
-    // Qt turns whole bytes exactly, but resamples bits.
-    QImage turned = image.depth() < 8 ? image.convertToFormat(QImage::Format_Indexed8) : image;
-    turned = turned.mirrored(transformation.testFlag(QImageIOHandler::TransformationMirror),
-                             transformation.testFlag(QImageIOHandler::TransformationFlip));
-    if (transformation.testFlag(QImageIOHandler::TransformationRotate90)) {
-        turned = turned.transformed(QTransform().rotate(90.0));
-    }
-    return turned;
+    const QImage mirrored =
+        image.mirrored(transformation.testFlag(QImageIOHandler::TransformationMirror),
+                       transformation.testFlag(QImageIOHandler::TransformationFlip));
+    return transformation.testFlag(QImageIOHandler::TransformationRotate90)
+               ? mirrored.transformed(QTransform().rotate(90.0))
+               : mirrored;
 }
 
 QByteArray profileOf(const QColorSpace &colorSpace)
@@ -82,7 +61,7 @@ SourcePicture::SourcePicture(const QString &path) : m_path(path) {}
 
 Outcome SourcePicture::open()
 {
-    if (const Outcome failure = readFile()) {
+    if (Outcome failure = readFile()) {
         return failure;
     }
     m_format = PictureFormat::ofContent(m_file);
@@ -100,24 +79,21 @@ Outcome SourcePicture::readFile()
 {
     const QFileInfo info(m_path);
     if (info.exists() && !info.isFile()) {
-        return Failure{ExitCode::SourceUnreadable,
-                       QStringLiteral("the source %1 is not a file").arg(m_path)};
+        return unreadable(QStringLiteral("it is not a file"));
     }
     QFile file(m_path);
-    const bool opened = file.open(QIODevice::ReadOnly);
-    if (!opened && !info.exists() && file.error() != QFileDevice::PermissionsError) {
-        return Failure{ExitCode::SourceMissing,
-                       QStringLiteral("the source %1 does not exist").arg(m_path)};
+    if (!file.open(QIODevice::ReadOnly)) {
+        const bool missing = !info.exists() && file.error() != QFileDevice::PermissionsError;
+        return missing ? Failure{ExitCode::SourceMissing,
+                                 QStringLiteral("the source %1 does not exist").arg(m_path)}
+                       : unreadable(file.errorString());
     }
-    if (opened && file.size() > largestFile) {
-        return Failure{ExitCode::SourceUnreadable,
-                       QStringLiteral("the source %1 is larger than 2 GiB").arg(m_path)};
+    if (file.size() > largestFile) {
+        return unreadable(QStringLiteral("it is larger than 2 GiB"));
     }
     m_file = file.readAll();
-    if (!opened || file.error() != QFileDevice::NoError) {
-        return Failure{
-            ExitCode::SourceUnreadable,
-            QStringLiteral("the source %1 cannot be read: %2").arg(m_path, file.errorString())};
+    if (file.error() != QFileDevice::NoError) {
+        return unreadable(file.errorString());
     }
     return {};
 }
@@ -129,15 +105,12 @@ Outcome SourcePicture::decode()
     QImageReader reader(&buffer, m_format.qtName());
     reader.setAutoDetectImageFormat(false);
     reader.setAutoTransform(false);
-    // Reads the headers: what codecs complain about there, such as odd tags, harms no pixel.
-    reader.size();
-    const int headerErrors = capture.text().size();
     QImage image;
     if (!reader.read(&image)) {
         return notAPicture(reader.errorString());
     }
-    if (isDamaged(m_format.kind(), m_file, capture.text().mid(headerErrors))) {
-        return notAPicture(QStringLiteral("its data is damaged or ends early"));
+    if (isTruncated(m_format.kind(), m_file, capture.text())) {
+        return notAPicture(QStringLiteral("its data ends early"));
     }
     const EmbeddedData embedded = m_format.embeddedData(m_file);
     m_file.clear();
@@ -148,6 +121,12 @@ Outcome SourcePicture::decode()
         upright(image, m_format.kind() == PictureFormat::Tiff ? reader.transformation()
                                                               : exifTransformation(embedded.exif));
     return {};
+}
+
+Failure SourcePicture::unreadable(const QString &reason) const
+{
+    return {ExitCode::SourceUnreadable,
+            QStringLiteral("the source %1 cannot be read: %2").arg(m_path, reason)};
 }
 
 Failure SourcePicture::notAPicture(const QString &reason) const

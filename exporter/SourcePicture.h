@@ -34,6 +34,7 @@ public:
 
 private:
     Outcome readFile();
+    Failure unreadable(const QString &reason) const;
     Failure notAPicture(const QString &reason) const;
 
     const QString m_path;

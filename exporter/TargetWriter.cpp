@@ -70,13 +70,13 @@ Outcome TargetWriter::check() const
 
 Outcome TargetWriter::write(const QImage &image, const QByteArray &iccProfile)
 {
-    if (const Outcome failure = check()) {
+    if (Outcome failure = check()) {
         return failure;
     }
     QByteArray profile = iccProfile;
     const QImage picture = prepared(image, &profile);
     QByteArray file;
-    if (const Outcome failure = encode(picture, profile, &file)) {
+    if (Outcome failure = encode(picture, profile, &file)) {
         return failure;
     }
     return save(file);
@@ -85,8 +85,7 @@ Outcome TargetWriter::write(const QImage &image, const QByteArray &iccProfile)
 // Clears the profile where it cannot describe what is written.
 QImage TargetWriter::prepared(const QImage &image, QByteArray *iccProfile)
 {
-    const QImage picture =
-        image.hasAlphaChannel() && !m_format.holdsAlpha() ? overWhite(image) : image;
+    QImage picture = image.hasAlphaChannel() && !m_format.holdsAlpha() ? overWhite(image) : image;
     if (iccProfile->isEmpty() || !m_format.holdsProfile()) {
         iccProfile->clear();
         return picture;

@@ -9,6 +9,7 @@
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QVector>
 #include <QtGui/QImage>
+#include <QtTest/QtTest>
 
 // How one call of the tool ended. A crash, a kill and a call of more than a minute give -1.
 struct ToolRun {
@@ -23,6 +24,8 @@ using Environment = QVector<QPair<QString, QString>>;
 
 QString toolPath();
 ToolRun runTool(const QStringList &arguments, const Environment &environment = {});
+// Variables that keep a leak checker, where the tool is built with one, from what others leak.
+Environment withoutLeakCheck();
 // Variables that leave EGL without any driver.
 Environment withoutGl();
 // Variables of a locale that writes a comma in numbers; empty when there is none.
@@ -61,3 +64,11 @@ QImage noise(const QSize &size, QImage::Format format, quint32 seed = 1);
 // The first difference of size, alpha channel or pixels in words; empty when there is none. Each
 // channel, not premultiplied, may differ by `tolerance`.
 QString difference(const QImage &actual, const QImage &expected, int tolerance = 0);
+
+// The failure is reported by exactly one line that contains `named`, and by its code.
+#define VERIFY_FAILURE(run, code, named)                                                           \
+    do {                                                                                           \
+        QVERIFY2((run).wroteOneErrorLine(), (run).errors.constData());                             \
+        QVERIFY2((run).errors.contains(named), (run).errors.constData());                          \
+        QCOMPARE((run).exitCode, int(code));                                                       \
+    } while (false)

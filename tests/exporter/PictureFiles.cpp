@@ -143,19 +143,26 @@ QByteArray tiffEntry(quint16 tag, quint16 type, int count, int value)
            littleEndian(quint32(value));
 }
 
+// Only as the tool writes it: the chunks in the order of their numbers.
 QByteArray profileInJpeg(const QByteArray &file)
 {
     QByteArray profile;
+    int number = 0;
+    int count = 0;
     int position = 2;
     while (position + 4 <= file.size() && uchar(file.at(position + 1)) != 0xda) {
         const int length = qFromBigEndian<quint16>(file.constData() + position + 2);
         const QByteArray content = file.mid(position + 4, length - 2);
         if (uchar(file.at(position + 1)) == 0xe2 && content.startsWith("ICC_PROFILE")) {
+            count = uchar(content.at(13));
+            if (uchar(content.at(12)) != ++number) {
+                return {};
+            }
             profile += content.mid(14);
         }
         position += 2 + length;
     }
-    return profile;
+    return number == count ? profile : QByteArray();
 }
 
 QByteArray profileInPng(const QByteArray &file)
@@ -194,7 +201,7 @@ QByteArray profileInTiff(const QByteArray &file)
     const auto directory = int(qFromLittleEndian<quint32>(file.constData() + 4));
     const int count = qFromLittleEndian<quint16>(file.constData() + directory);
     for (int i = 0; i < count; ++i) {
-        const char *entry = file.constData() + directory + 2 + 12 * i;
+        const char *entry = file.constData() + directory + 2 + 12LL * i;
         if (qFromLittleEndian<quint16>(entry) == 34675) {
             return file.mid(int(qFromLittleEndian<quint32>(entry + 8)),
                             int(qFromLittleEndian<quint32>(entry + 4)));

@@ -1,6 +1,5 @@
 #include "ExporterRun.h"
 
-#include <QtGui/QImageReader>
 #include <QtTest/QtTest>
 
 #include <algorithm>
@@ -28,6 +27,12 @@ QJsonObject fill(const QString &color, QJsonObject properties = {})
 {
     properties.insert(QStringLiteral("color"), color);
     return effect(colorFill, properties);
+}
+
+QJsonObject batch(const QJsonArray &nested, QJsonObject properties = {})
+{
+    properties.insert(QStringLiteral("imageEffects"), nested);
+    return effect(QStringLiteral("Batch"), properties);
 }
 
 using Channel = std::function<double(double)>;
@@ -65,13 +70,6 @@ QImage throughPremultiplication(const QImage &image)
         }
     }
     return result;
-}
-
-QImage premultipliedBytes(const QImage &image)
-{
-    QImage bytes = image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
-    bytes.reinterpretAsFormat(QImage::Format_ARGB32);
-    return bytes;
 }
 
 QImage onePixel(QRgb color)
@@ -120,13 +118,9 @@ private Q_SLOTS:
     void neutralEffectWithoutABlendModeIsLeftOut();
     void effectsApplyInOrder();
     void aMaskLimitsItsEffect();
-    void everyFormatIsReadAndWritten_data();
-    void everyFormatIsReadAndWritten();
-    void theContentTellsTheSourceFormat();
-    void translucentOverWhite_data();
-    void translucentOverWhite();
-    void losslessFormatsKeepAlpha_data();
-    void losslessFormatsKeepAlpha();
+    void nestedEffectsApply();
+    void nestedNeutralEffectWithABlendModeIsDrawn();
+    void nestedSwitchedOffEffectsAreLeftOut();
     void whatCannotBeDrawnIsNamedAndLeftOut_data();
     void whatCannotBeDrawnIsNamedAndLeftOut();
     void whatCannotBeDrawnIsAnErrorWhenStrict_data();
@@ -321,108 +315,31 @@ void tst_exporter_effects::aMaskLimitsItsEffect()
     QCOMPARE(difference(exported(image, stack), expected, rounding), QString());
 }
 
-void tst_exporter_effects::everyFormatIsReadAndWritten_data()
+void tst_exporter_effects::nestedEffectsApply()
 {
-    QTest::addColumn<QString>("source");
-    QTest::addColumn<QString>("target");
-    QTest::addColumn<QByteArray>("format");
-    const struct {
-        const char *suffix;
-        const char *format;
-    } known[] = {{"jpg", "jpeg"}, {"jpeg", "jpeg"}, {"png", "png"},   {"webp", "webp"},
-                 {"tif", "tiff"}, {"tiff", "tiff"}, {"bmp", "bmp"},   {"JPG", "jpeg"},
-                 {"PnG", "png"},  {"WEBP", "webp"}, {"TIFF", "tiff"}, {"BMP", "bmp"}};
-    for (const char *source : {"jpg", "png", "webp", "tif", "bmp"}) {
-        for (const auto &target : known) {
-            QTest::addRow("%s to %s", source, target.suffix)
-                << QStringLiteral("source.") + QLatin1String(source)
-                << QStringLiteral("target.") + QLatin1String(target.suffix)
-                << QByteArray(target.format);
-        }
-    }
+    const QJsonObject half = effect(QStringLiteral("HSV"), {{QStringLiteral("value"), -0.5}});
+    const QJsonArray stack = {
+        batch({fill(QStringLiteral("#0000ff")), batch({half})}, {{QStringLiteral("alpha"), 0.5}})};
+    // Half way from (200, 100, 50) to (0, 0, 128).
+    QCOMPARE(difference(exported(onePixel(qRgb(200, 100, 50)), stack), onePixel(qRgb(100, 50, 89)),
+                        rounding),
+             QString());
 }
 
-void tst_exporter_effects::everyFormatIsReadAndWritten()
+void tst_exporter_effects::nestedNeutralEffectWithABlendModeIsDrawn()
 {
-    QFETCH(QString, source);
-    QFETCH(QString, target);
-    QFETCH(QByteArray, format);
-    QImage image(33, 20, QImage::Format_RGB32);
-    image.fill(qRgb(200, 100, 50));
-    const Workshop workshop;
-    workshop.write(source, image);
-    const ToolRun run = workshop.run(source, target, {});
-    QCOMPARE(run.errors, QByteArray());
-    QCOMPARE(run.exitCode, 0);
-    QCOMPARE(QImageReader::imageFormat(workshop.path(target)), format);
-    // One flat colour: what remains is the codecs' conversion to luma and chroma and back.
-    constexpr int codecTolerance = 4;
-    QCOMPARE(difference(workshop.readPicture(target), image, codecTolerance), QString());
+    const QImage image = noise(QSize(13, 7), QImage::Format_RGB32);
+    const QImage squared = mapped(image, [](double c) { return c * c; });
+    const QJsonObject multiply = effect(brightnessContrast, {{QStringLiteral("blendMode"), 4}});
+    QCOMPARE(difference(exported(image, {batch({batch({multiply})})}), squared, rounding),
+             QString());
 }
 
-void tst_exporter_effects::theContentTellsTheSourceFormat()
+void tst_exporter_effects::nestedSwitchedOffEffectsAreLeftOut()
 {
-    const QImage image = noise(QSize(9, 9), QImage::Format_RGB32);
-    const Workshop workshop;
-    workshop.write(sourcePng, image);
-    workshop.write(QStringLiteral("misnamed.jpg"), workshop.read(sourcePng));
-    QCOMPARE(workshop.run(QStringLiteral("misnamed.jpg"), targetPng, {}).exitCode, 0);
-    QCOMPARE(difference(workshop.readPicture(targetPng), image), QString());
-}
-
-void tst_exporter_effects::translucentOverWhite_data()
-{
-    QTest::addColumn<QString>("target");
-    QTest::addColumn<QJsonArray>("stack");
-    QTest::addColumn<int>("tolerance");
-    QTest::newRow("copied to BMP") << QStringLiteral("target.bmp") << QJsonArray() << rounding;
-    QTest::newRow("drawn to BMP") << QStringLiteral("target.bmp") << invisibleChange() << rounding;
-    QTest::newRow("copied to JPEG") << QStringLiteral("target.jpg") << QJsonArray() << 6;
-    QTest::newRow("drawn to JPEG") << QStringLiteral("target.jpg") << invisibleChange() << 6;
-}
-
-void tst_exporter_effects::translucentOverWhite()
-{
-    QFETCH(QString, target);
-    QFETCH(QJsonArray, stack);
-    QFETCH(int, tolerance);
-    // Whole JPEG blocks of one colour.
-    const QRgb colors[] = {qRgba(0, 0, 0, 0), qRgba(0, 0, 0, 51), qRgba(0, 0, 0, 255)};
-    const int grays[] = {255, 204, 0};
-    QImage image(48, 16, QImage::Format_ARGB32);
-    QImage expected(48, 16, QImage::Format_RGB32);
-    for (int i = 0; i < 48 * 16; ++i) {
-        const int x = i % 48;
-        image.setPixel(x, i / 48, colors[x / 16]);
-        expected.setPixel(x, i / 48, qRgb(grays[x / 16], grays[x / 16], grays[x / 16]));
-    }
-    const Workshop workshop;
-    workshop.write(sourcePng, image);
-    QCOMPARE(workshop.run(sourcePng, target, stack).exitCode, 0);
-    QCOMPARE(difference(workshop.readPicture(target), expected, tolerance), QString());
-}
-
-void tst_exporter_effects::losslessFormatsKeepAlpha_data()
-{
-    QTest::addColumn<QString>("target");
-    QTest::newRow("PNG") << targetPng;
-    QTest::newRow("TIFF") << QStringLiteral("target.tif");
-}
-
-// TIFF is read back with premultiplied colours, so those are compared.
-void tst_exporter_effects::losslessFormatsKeepAlpha()
-{
-    QFETCH(QString, target);
-    const QImage image = noise(QSize(97, 9), QImage::Format_ARGB32);
-    const Workshop workshop;
-    workshop.write(sourcePng, image);
-    for (const QJsonArray &stack : {QJsonArray(), invisibleChange()}) {
-        QCOMPARE(workshop.run(sourcePng, target, stack).exitCode, 0);
-        const QImage result = workshop.readPicture(target);
-        QVERIFY(result.hasAlphaChannel());
-        QCOMPARE(difference(premultipliedBytes(result), premultipliedBytes(image), rounding),
-                 QString());
-    }
+    const QImage image = noise(QSize(13, 7), QImage::Format_RGB32);
+    const QJsonObject off = fill(QStringLiteral("#0000ff"), {{QStringLiteral("enabled"), false}});
+    QCOMPARE(difference(exported(image, {batch({off})}), image), QString());
 }
 
 void tst_exporter_effects::whatCannotBeDrawnIsNamedAndLeftOut_data()
@@ -435,12 +352,23 @@ void tst_exporter_effects::whatCannotBeDrawnIsNamedAndLeftOut_data()
     QTest::newRow("no id") << QJsonValue(QJsonObject{{QStringLiteral("alpha"), 1}})
                            << QByteArray("has no id");
     QTest::newRow("blend mode 16") << QJsonValue(fill(green, {{QStringLiteral("blendMode"), 16}}))
-                                   << QByteArray("element 1 has an unknown blend mode");
+                                   << QByteArray("element [1] has an unknown blend mode");
     QTest::newRow("blend mode -1") << QJsonValue(fill(green, {{QStringLiteral("blendMode"), -1}}))
-                                   << QByteArray("element 1 has an unknown blend mode");
-    QTest::newRow("a number") << QJsonValue(7) << QByteArray("element 1 is not an object");
-    QTest::newRow("an array") << QJsonValue(QJsonArray{1}) << QByteArray("element 1 is not");
-    QTest::newRow("null") << QJsonValue() << QByteArray("element 1 is not an object");
+                                   << QByteArray("element [1] has an unknown blend mode");
+    QTest::newRow("a number") << QJsonValue(7) << QByteArray("element [1] is not an object");
+    QTest::newRow("an array") << QJsonValue(QJsonArray{1}) << QByteArray("element [1] is not");
+    QTest::newRow("a lookup table that is missing")
+        << QJsonValue(effect(QStringLiteral("LUT"), {{QStringLiteral("table"),
+                                                      QStringLiteral("file:///nonexistent.png")}}))
+        << QByteArray("file:///nonexistent.png");
+    QTest::newRow("a nested unknown id") << QJsonValue(batch({effect(QStringLiteral("Nonsense"))}))
+                                         << QByteArray("\"ko.orvanto.imageeffect.Nonsense\"");
+    QTest::newRow("a nested blend mode 16")
+        << QJsonValue(batch({batch({fill(green, {{QStringLiteral("blendMode"), 16}})})}))
+        << QByteArray("element [1].imageEffects[0].imageEffects[0] has an unknown blend mode");
+    QTest::newRow("a nested number")
+        << QJsonValue(batch({3})) << QByteArray("element [1].imageEffects[0] is not");
+    QTest::newRow("null") << QJsonValue() << QByteArray("element [1] is not an object");
 }
 
 void tst_exporter_effects::whatCannotBeDrawnIsNamedAndLeftOut()

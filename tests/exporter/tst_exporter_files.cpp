@@ -3,6 +3,7 @@
 #include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QProcess>
+#include <QtCore/QUrl>
 #include <QtTest/QtTest>
 
 #include <sys/resource.h>
@@ -80,6 +81,8 @@ private Q_SLOTS:
     void relativePathsCountFromTheWorkingFolder();
     void anyLetterMayStandInAPath_data();
     void anyLetterMayStandInAPath();
+    void anyLetterMayStandInThePathOfATable_data();
+    void anyLetterMayStandInThePathOfATable();
     void aFullDiskLeavesTheOlderTarget();
     void aKillWhileWorkingLeavesTheOlderTarget_data();
     void aKillWhileWorkingLeavesTheOlderTarget();
@@ -182,6 +185,36 @@ void tst_exporter_files::anyLetterMayStandInAPath()
     const ToolRun missing =
         workshop.run(QStringLiteral("fehlt %1 ä.png"), target, {}, {}, environment);
     QVERIFY2(missing.errors.contains("fehlt %1 ä.png"), missing.errors.constData());
+}
+
+void tst_exporter_files::anyLetterMayStandInThePathOfATable_data()
+{
+    anyLetterMayStandInAPath_data();
+}
+
+void tst_exporter_files::anyLetterMayStandInThePathOfATable()
+{
+    QFETCH(QString, locale);
+    const QString table = QStringLiteral("Tönung 写真.png");
+    QImage inverse(256, 1, QImage::Format_RGB32);
+    for (int x = 0; x < 256; ++x) {
+        inverse.setPixel(x, 0, qRgb(255 - x, 255 - x, 255 - x));
+    }
+    QImage image(3, 3, QImage::Format_RGB32);
+    image.fill(qRgb(255, 0, 255));
+    const Workshop workshop;
+    workshop.write(sourcePng, image);
+    QFile file(workshop.write(targetPng, inverse));
+    QVERIFY(file.rename(workshop.path(table)));
+    const QString url = QUrl::fromLocalFile(workshop.path(table)).toString();
+    const ToolRun run = workshop.run(
+        sourcePng, targetPng, {effect(QStringLiteral("LUT"), {{QStringLiteral("table"), url}})}, {},
+        {{QStringLiteral("LC_ALL"), locale}});
+    QCOMPARE(run.errors, QByteArray());
+    QCOMPARE(run.exitCode, 0);
+    image.fill(qRgb(0, 255, 0));
+    constexpr int rounding = 1;
+    QCOMPARE(difference(workshop.readPicture(targetPng), image, rounding), QString());
 }
 
 void tst_exporter_files::aFullDiskLeavesTheOlderTarget()

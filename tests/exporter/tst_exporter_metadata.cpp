@@ -234,9 +234,7 @@ void tst_exporter_metadata::profileIsKept()
     const Workshop workshop;
     const QString source = QStringLiteral("source.") + sourceFormat;
     const QString target = QStringLiteral("target.") + targetFormat;
-    const QByteArray file = encodePicture(sourceFormat, blocks(), {profile, 0});
-    QCOMPARE(profileIn(sourceFormat, file).size(), profile.size());
-    workshop.write(source, file);
+    workshop.write(source, encodePicture(sourceFormat, blocks(), {profile, 0}));
     const ToolRun run = workshop.run(source, target, {});
     QCOMPARE(run.errors, QByteArray());
     QCOMPARE(run.exitCode, 0);
