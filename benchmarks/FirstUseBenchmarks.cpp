@@ -36,6 +36,10 @@ using Clock = std::chrono::steady_clock;
 
 // Small, so that the pixels take no time.
 const QSize size(64, 48);
+const char *const firstUseTable = "First use";
+const char *const firstUseNote =
+    "The programs of a batch's nested effects are made in its first draw. Those of both passes of "
+    "blur and sharpen are made together.";
 constexpr int longestSample = 60000; // milliseconds
 
 enum class Cache { Off, Warm };
@@ -103,7 +107,7 @@ void addRow(const std::string &name, Cache cache, const std::vector<double> &pro
     for (std::size_t i = 0; i < programs.size(); ++i) {
         totals.push_back(programs[i] + draws[i]);
     }
-    Results::instance().add("First use",
+    Results::instance().add(firstUseTable,
                             {{{"pass", name}, {"disk cache", cache == Cache::Off ? "off" : "warm"}},
                              {{"program made", median(programs), false},
                               {"first draw", median(draws), false},
@@ -147,6 +151,7 @@ void firstUse(::benchmark::State &state, const std::string &effect, Cache cache)
 
 void registerFirstUseBenchmarks(const Plan &plan)
 {
+    Results::instance().note(firstUseTable, firstUseNote);
     for (const Cache cache : {Cache::Off, Cache::Warm}) {
         for (const EffectCase &effectCase : effectCases()) {
             const std::string name = "firstuse/" + effectCase.name +

@@ -11,11 +11,15 @@ namespace
 // Three significant digits for times; a ratio is read against 1.10, so it gets three decimals.
 std::string text(const Results::Figure &figure)
 {
+    if (!figure.value) {
+        return "-";
+    }
+    const double value = *figure.value;
     int decimals = 3;
     if (!figure.isRatio) {
-        decimals = figure.value >= 100 ? 0 : figure.value >= 10 ? 1 : figure.value >= 1 ? 2 : 3;
+        decimals = value >= 100 ? 0 : value >= 10 ? 1 : value >= 1 ? 2 : 3;
     }
-    return QByteArray::number(figure.value, 'f', decimals).toStdString();
+    return QByteArray::number(value, 'f', decimals).toStdString();
 }
 
 std::string headOf(const Results::Row &row)
@@ -64,6 +68,11 @@ void Results::add(const std::string &table, const Row &row)
     m_tables.push_back({table, {row}});
 }
 
+void Results::note(const std::string &table, const std::string &text)
+{
+    m_notes[table] = text;
+}
+
 void Results::fail(const std::string &what)
 {
     m_failures.push_back(what);
@@ -76,6 +85,10 @@ std::string Results::tables() const
         markdown += "\n## " + table.title + "\n\n" + headOf(table.rows.front());
         for (const Row &row : table.rows) {
             markdown += line(row);
+        }
+        const auto note = m_notes.find(table.title);
+        if (note != m_notes.end()) {
+            markdown += "\n" + note->second + "\n";
         }
     }
     return markdown;

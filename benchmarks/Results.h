@@ -1,5 +1,7 @@
 #pragma once
 
+#include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,8 +15,8 @@ class Results
 public:
     struct Figure {
         std::string column;
-        double value;
-        bool isRatio; // otherwise milliseconds
+        std::optional<double> value; // none: "-"
+        bool isRatio;                // otherwise milliseconds
     };
     // One line of a table: its leading texts, then its figures. All rows of a table have the same
     // columns.
@@ -27,6 +29,8 @@ public:
 
     // Tables come out in the order of their first row.
     void add(const std::string &table, const Row &row);
+    // A paragraph below that table, if it has rows.
+    void note(const std::string &table, const std::string &text);
     // A sentence on something that was wrong: a run with failures is worth nothing.
     void fail(const std::string &what);
 
@@ -41,6 +45,7 @@ private:
     };
 
     std::vector<Table> m_tables;
+    std::map<std::string, std::string> m_notes;
     std::vector<std::string> m_failures;
 };
 

@@ -12,7 +12,7 @@ class KORVELIMAGEFX_EXPORT BatchImageEffect : public ImageEffect
 {
     Q_OBJECT
     // The nested effects, not owned. A change of an effect that was appended here changes the
-    // batch.
+    // batch. Null and whatever would make the batch hold itself are left out, here and below.
     Q_PROPERTY(QQmlListProperty<ko::imagefx::ImageEffect> imageEffects READ imageEffects NOTIFY
                    imageEffectsChanged)
 

@@ -6,14 +6,10 @@
 namespace ko::imagefx
 {
 
-BlurPrePass::BlurPrePass(const BlurImageEffectState *state, const PixelBufferState *pbs)
-    : PrePass(state->shaderWithWeights(QStringLiteral("fx_blur_pre.frag"), pbs))
-{
-}
-
 BlurImageEffectPass::BlurImageEffectPass(const BlurImageEffectState *state,
                                          const PixelBufferState *pbs)
-    : TwoPassImageEffectPass(state, pbs, std::make_unique<BlurPrePass>(state, pbs))
+    : TwoPassImageEffectPass(state, pbs,
+                             state->shaderWithWeights(QStringLiteral("fx_blur_pre.frag"), pbs))
 {
 }
 

@@ -8,14 +8,6 @@ namespace ko::imagefx
 
 class BlurImageEffectState;
 
-class BlurPrePass : public PrePass
-{
-    Q_OBJECT
-
-public:
-    BlurPrePass(const BlurImageEffectState *state, const PixelBufferState *pbs);
-};
-
 class BlurImageEffectPass : public TwoPassImageEffectPass
 {
     Q_OBJECT

@@ -39,8 +39,7 @@ void ExposureImageEffectState::update(const ImageEffect *effect)
     const auto *exposure = static_cast<const ExposureImageEffect *>(effect);
     const ToneTable curve =
         buildExposureCurve(exposure->exposure(), exposure->darkTones(), exposure->lightTones());
-    m_curve.setTexels({reinterpret_cast<const char *>(curve.data()), int(curve.size())},
-                      int(curve.size()));
+    m_curve.setTexels(curve.data(), int(curve.size()));
 }
 
 } // namespace ko::imagefx

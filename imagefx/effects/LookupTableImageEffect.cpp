@@ -7,6 +7,8 @@
 #include <QtCore/QResource>
 #include <QtGui/QImageReader>
 
+#include <algorithm>
+
 namespace ko::imagefx
 {
 
@@ -110,9 +112,15 @@ QUrl LookupTableImageEffect::toDataUrl(const QUrl &file) const
         return {};
     }
     const QImage image = reader.read().convertToFormat(QImage::Format_RGB888);
+    if (image.isNull()) {
+        return {};
+    }
+    // The pixels alone: a profile or a comment of the file would use up the length of the URL.
+    QImage plain(image.size(), image.format());
+    std::copy_n(image.constBits(), image.sizeInBytes(), plain.bits());
     QByteArray png;
     QBuffer buffer(&png);
-    if (!buffer.open(QIODevice::WriteOnly) || !image.save(&buffer, "png")) {
+    if (!buffer.open(QIODevice::WriteOnly) || !plain.save(&buffer, "png")) {
         return {};
     }
     return QUrl(QLatin1String("data:") + pngDataPrefix() + QString::fromLatin1(png.toBase64()));

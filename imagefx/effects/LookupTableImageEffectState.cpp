@@ -4,20 +4,22 @@
 #include "imagefx/render/ImageEffectPass.h"
 #include "imagefx/render/TextureUnits.h"
 
+#include <array>
+
 namespace ko::imagefx
 {
 
 namespace
 {
 
-constexpr int bytesPerTexel = 3;
+using RgbTable = std::array<std::array<uchar, 3>, 256>;
 
 // Without a table the picture stays as it is.
-QByteArray identityTable()
+RgbTable identityTable()
 {
-    QByteArray texels;
-    for (int level = 0; level < 256; ++level) {
-        texels.append(bytesPerTexel, char(level));
+    RgbTable texels{};
+    for (size_t level = 0; level < texels.size(); ++level) {
+        texels.at(level).fill(uchar(level));
     }
     return texels;
 }
@@ -52,11 +54,12 @@ void LookupTableImageEffectState::update(const ImageEffect *effect)
 {
     ImageEffectState::update(effect);
     const QImage lut = static_cast<const LookupTableImageEffect *>(effect)->lut();
-    const QByteArray texels = lut.isNull()
-                                  ? identityTable()
-                                  : QByteArray(reinterpret_cast<const char *>(lut.constScanLine(0)),
-                                               lut.width() * bytesPerTexel);
-    m_table.setTexels(texels, texels.size() / bytesPerTexel);
+    if (lut.isNull()) {
+        const RgbTable identity = identityTable();
+        m_table.setTexels(identity.front().data(), int(identity.size()));
+    } else {
+        m_table.setTexels(lut.constScanLine(0), lut.width());
+    }
 }
 
 } // namespace ko::imagefx

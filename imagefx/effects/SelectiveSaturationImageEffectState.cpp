@@ -51,8 +51,7 @@ void SelectiveSaturationImageEffectState::update(const ImageEffect *effect)
 {
     ImageEffectState::update(effect);
     const QImage table = static_cast<const SelectiveSaturationImageEffect *>(effect)->table();
-    m_table.setTexels({reinterpret_cast<const char *>(table.constScanLine(0)), table.width()},
-                      table.width());
+    m_table.setTexels(table.constScanLine(0), table.width());
 }
 
 } // namespace ko::imagefx

@@ -5,14 +5,10 @@
 namespace ko::imagefx
 {
 
-SharpenPrePass::SharpenPrePass(const SharpenImageEffectState *state, const PixelBufferState *pbs)
-    : PrePass(state->shaderWithTaps(QStringLiteral("fx_sharpen_pre.frag"), pbs))
-{
-}
-
 SharpenImageEffectPass::SharpenImageEffectPass(const SharpenImageEffectState *state,
                                                const PixelBufferState *pbs)
-    : TwoPassImageEffectPass(state, pbs, std::make_unique<SharpenPrePass>(state, pbs))
+    : TwoPassImageEffectPass(state, pbs,
+                             state->shaderWithTaps(QStringLiteral("fx_sharpen_pre.frag"), pbs))
 {
 }
 

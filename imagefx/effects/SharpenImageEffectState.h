@@ -8,14 +8,6 @@ namespace ko::imagefx
 
 class SharpenImageEffectState;
 
-class SharpenPrePass : public PrePass
-{
-    Q_OBJECT
-
-public:
-    SharpenPrePass(const SharpenImageEffectState *state, const PixelBufferState *pbs);
-};
-
 class SharpenImageEffectPass : public TwoPassImageEffectPass
 {
     Q_OBJECT

@@ -10,8 +10,8 @@ namespace ko::imagefx
 
 TwoPassImageEffectPass::TwoPassImageEffectPass(const RadiusImageEffectState *state,
                                                const PixelBufferState *pbs,
-                                               std::unique_ptr<PrePass> prePass)
-    : DefaultImageEffectPass(state, pbs), m_prePass(std::move(prePass))
+                                               const QByteArray &prePassShader)
+    : DefaultImageEffectPass(state, pbs), m_prePass(prePassShader)
 {
     if (isLinked() && bind()) {
         setUniformValue("u_preprocessed", tableUnit);
@@ -25,7 +25,7 @@ void TwoPassImageEffectPass::render(const PassTargets &targets, ImageEffectState
     const auto *radiusState = static_cast<const RadiusImageEffectState *>(state);
     activateTextureUnit(tableUnit);
     QOpenGLFramebufferObject preprocessed(targets.source->size(), GL_TEXTURE_2D);
-    m_prePass->draw(targets.source, &preprocessed, radiusState->radiusInPixels(pbs));
+    m_prePass.draw(targets.source, &preprocessed, radiusState->radiusInPixels(pbs));
     bindTexture(tableUnit, preprocessed.texture());
     DefaultImageEffectPass::render(targets, state, pbs);
 }

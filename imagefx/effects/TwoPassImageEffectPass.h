@@ -3,8 +3,6 @@
 #include "imagefx/render/DefaultImageEffectPass.h"
 #include "imagefx/render/PrePass.h"
 
-#include <memory>
-
 namespace ko::imagefx
 {
 
@@ -19,13 +17,13 @@ class TwoPassImageEffectPass : public DefaultImageEffectPass
 
 public:
     TwoPassImageEffectPass(const RadiusImageEffectState *state, const PixelBufferState *pbs,
-                           std::unique_ptr<PrePass> prePass);
+                           const QByteArray &prePassShader);
 
     void render(const PassTargets &targets, ImageEffectState *state,
                 const PixelBufferState *pbs) override;
 
 private:
-    const std::unique_ptr<PrePass> m_prePass;
+    PrePass m_prePass;
 };
 
 } // namespace ko::imagefx

@@ -4,6 +4,7 @@
 #include "imagefx/model/MaskGradient.h"
 #include "imagefx/render/AlphaMaskState.h"
 
+#include <QtCore/QPointer>
 #include <QtQml/QQmlEngine>
 
 #include <algorithm>
@@ -23,6 +24,12 @@ public:
     static Private &of(const QQmlListProperty<AlphaGradientStop> *list)
     {
         return *static_cast<AlphaMask *>(list->object)->d;
+    }
+
+    using GuardedStops = QList<QPointer<AlphaGradientStop>>;
+    static GuardedStops guarded(const QList<AlphaGradientStop *> &stops)
+    {
+        return {stops.begin(), stops.end()};
     }
 
     void insertStop(int index, AlphaGradientStop *stop);
@@ -159,20 +166,26 @@ QList<AlphaGradientStop *> AlphaMask::gradientStopList() const
 
 void AlphaMask::setGradientStopList(QList<AlphaGradientStop *> stops)
 {
-    const QList<AlphaGradientStop *> former = d->stops;
     stops.removeAll(nullptr);
     for (AlphaGradientStop *stop : qAsConst(stops)) {
         stop->setParent(this);
     }
+    // Guarded, since a slot of the signals below may delete a stop or set another list.
+    const Private::GuardedStops former = Private::guarded(d->stops);
+    const Private::GuardedStops latter = Private::guarded(stops);
     d->stops = std::move(stops);
     Q_EMIT gradientStopsChanged();
     Q_EMIT updateRequired();
     for (AlphaGradientStop *stop : former) {
-        stop->disconnect(this);
-        stop->deleteLater();
+        if (stop != nullptr) {
+            stop->disconnect(this);
+            stop->deleteLater();
+        }
     }
-    for (AlphaGradientStop *stop : qAsConst(d->stops)) {
-        d->watchStop(stop);
+    for (AlphaGradientStop *stop : latter) {
+        if (stop != nullptr) {
+            d->watchStop(stop);
+        }
     }
 }
 

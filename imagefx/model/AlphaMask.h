@@ -27,7 +27,7 @@ class KORVELIMAGEFX_EXPORT AlphaMask : public QObject
     Q_PROPERTY(QString maskId READ maskId CONSTANT)
     // Default true; a mask that is off lets the whole effect through.
     Q_PROPERTY(bool enabled READ enabled WRITE setEnabled NOTIFY enabledChanged)
-    // The stops in insertion order; no stops let the whole effect through.
+    // The stops in insertion order, null left out; no stops let the whole effect through.
     Q_PROPERTY(QQmlListProperty<ko::imagefx::AlphaGradientStop> gradientStops READ gradientStops
                    NOTIFY gradientStopsChanged)
     // How the gradient runs from stop to stop; default HermiteInterpolation.

@@ -19,10 +19,10 @@ QJsonValue writeMask(const AlphaMask *mask)
                            : QJsonValue(QJsonValue::Null);
 }
 
-QJsonArray writeStops(const QObject *mask)
+QJsonArray writeStops(const AlphaMask *mask)
 {
     QJsonArray array;
-    const auto stops = static_cast<const AlphaMask *>(mask)->gradientStopList();
+    const auto stops = mask->gradientStopList();
     for (const AlphaGradientStop *stop : stops) {
         array.append(writeProperties(stop, AlphaGradientStop::staticMetaObject));
     }
@@ -37,12 +37,14 @@ QJsonValue writeValue(const QObject *object, const QMetaProperty &property)
     if (property.userType() == qMetaTypeId<AlphaMask *>()) {
         return writeMask(property.read(object).value<AlphaMask *>());
     }
-    // Told by name: only QML registers the types of list properties. The batch alone has effects.
-    if (qstrcmp(property.typeName(), "QQmlListProperty<ko::imagefx::AlphaGradientStop>") == 0) {
-        return writeStops(object);
+    // By class and name: only QML registers the types of list properties.
+    const auto *mask = qobject_cast<const AlphaMask *>(object);
+    if (mask != nullptr && qstrcmp(property.name(), "gradientStops") == 0) {
+        return writeStops(mask);
     }
-    if (qstrcmp(property.typeName(), "QQmlListProperty<ko::imagefx::ImageEffect>") == 0) {
-        return writeStack(static_cast<const BatchImageEffect *>(object)->imageEffectList());
+    const auto *batch = qobject_cast<const BatchImageEffect *>(object);
+    if (batch != nullptr && qstrcmp(property.name(), "imageEffects") == 0) {
+        return writeStack(batch->imageEffectList());
     }
     const int type = property.userType();
     // The generic conversion would write the alpha of a translucent colour, too.

@@ -23,7 +23,7 @@ int roundedWithin(float number, float low, float high)
 KeyPoint keyPoint(const MaskGradientStop &stop)
 {
     const auto size = float(maskGradientSize);
-    return {roundedWithin(stop.value * 255.0F, -1.0e6F, 1.0e6F) & 0xff,
+    return {roundedWithin(stop.value * 255.0F, -2147483520.0F, 2147483520.0F) & 0xff,
             roundedWithin(stop.location * size, 0.0F, size)};
 }
 

@@ -19,9 +19,7 @@ void AlphaMaskState::update(const AlphaMask *mask)
 {
     const QImage gradient = mask->gradient();
     m_disabled = !mask->enabled();
-    m_gradient.setTexels(
-        QByteArray(reinterpret_cast<const char *>(gradient.constScanLine(0)), gradient.width()),
-        gradient.width());
+    m_gradient.setTexels(gradient.constScanLine(0), gradient.width());
 }
 
 void AlphaMaskState::resolveUniforms(const QOpenGLShaderProgram *program)

@@ -1,6 +1,7 @@
 #include "imagefx/render/BasePass.h"
 
 #include "imagefx/model/ImageEffect.h"
+#include "imagefx/render/QuadProgram.h"
 #include "imagefx/render/TextureUnits.h"
 
 #include <QtCore/QVariant>
@@ -12,7 +13,7 @@ Q_DECLARE_METATYPE(QWeakPointer<ko::imagefx::BasePass>)
 namespace ko::imagefx
 {
 
-BasePass::BasePass() : m_texCoords(quadTexCoords)
+BasePass::BasePass()
 {
     linkQuadProgram(this, ImageEffect::readShader(QStringLiteral("pb_base.vert")),
                     ImageEffect::readShader(QStringLiteral("pb_base.frag")));
@@ -39,9 +40,9 @@ QSharedPointer<BasePass> BasePass::shared()
 
 void BasePass::draw(const QRectF &texRect)
 {
-    m_texCoords = {QVector2D(texRect.topLeft()), QVector2D(texRect.topRight()),
-                   QVector2D(texRect.bottomLeft()), QVector2D(texRect.bottomRight())};
-    drawQuad(this, m_vertexLocation, quadVertices, m_texCoordLocation, m_texCoords);
+    drawQuad(this, m_vertexLocation, m_texCoordLocation,
+             {QVector2D(texRect.topLeft()), QVector2D(texRect.topRight()),
+              QVector2D(texRect.bottomLeft()), QVector2D(texRect.bottomRight())});
 }
 
 void BasePass::draw(GLuint textureId, const QRectF &texRect)

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "imagefx/render/QuadProgram.h"
-
 #include <QtCore/QRectF>
 #include <QtCore/QSharedPointer>
 #include <QtGui/QOpenGLShaderProgram>
@@ -33,7 +31,6 @@ public:
 private:
     int m_vertexLocation;
     int m_texCoordLocation;
-    QuadTexCoords m_texCoords;
 };
 
 } // namespace ko::imagefx

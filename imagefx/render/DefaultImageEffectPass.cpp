@@ -27,7 +27,7 @@ void DefaultImageEffectPass::render(const PassTargets &targets, ImageEffectState
     Q_UNUSED(pbs)
     bindTexture(sourceUnit, targets.source->texture());
     targets.target->bind();
-    drawQuad(this, m_vertexLocation, quadVertices, m_texCoordLocation, quadTexCoords);
+    drawQuad(this, m_vertexLocation, m_texCoordLocation);
     targets.target->release();
 }
 

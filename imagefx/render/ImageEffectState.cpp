@@ -65,6 +65,7 @@ QSharedPointer<ImageEffectPass> ImageEffectState::effectPass(const PixelBufferSt
 
 void ImageEffectState::restorePass(const PixelBufferState *pbs)
 {
+    Q_ASSERT(m_resolvedPass);
     usePass(m_resolvedPass, pbs);
 }
 

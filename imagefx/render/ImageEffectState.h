@@ -34,8 +34,8 @@ public:
     // uniform set and every table bound; released.
     QSharedPointer<ImageEffectPass> effectPass(const PixelBufferState *pbs);
 
-    // Sets the uniforms and binds the tables of the pass last returned once more, for a pass that
-    // lets others draw before it does.
+    // Sets the uniforms and binds the tables of the pass that effectPass() returned last once more,
+    // for a pass that lets others draw before it does; to be called from its render() alone.
     void restorePass(const PixelBufferState *pbs);
 
     // The complete text of the fragment shader.

@@ -30,7 +30,7 @@ void PrePass::draw(const QOpenGLFramebufferObject *source, QOpenGLFramebufferObj
     if (isLinked() && bind()) {
         setUniformValue(m_radiusLocation, radius);
     }
-    drawQuad(this, m_vertexLocation, quadVertices, m_texCoordLocation, quadTexCoords);
+    drawQuad(this, m_vertexLocation, m_texCoordLocation);
     target->release();
 }
 

@@ -30,8 +30,8 @@ void linkQuadProgram(QOpenGLShaderProgram *program, const QByteArray &vertexShad
     program->link();
 }
 
-void drawQuad(QOpenGLShaderProgram *program, int vertexLocation, const QuadVertices &vertices,
-              int texCoordLocation, const QuadTexCoords &texCoords)
+void drawQuad(QOpenGLShaderProgram *program, int vertexLocation, int texCoordLocation,
+              const QuadTexCoords &texCoords)
 {
     // Without a program a compatibility context would draw with the fixed pipeline.
     if (!program->isLinked() || !program->bind()) {
@@ -41,10 +41,12 @@ void drawQuad(QOpenGLShaderProgram *program, int vertexLocation, const QuadVerti
     // With a buffer bound the addresses below would be taken as offsets into it.
     gl->glBindBuffer(GL_ARRAY_BUFFER, 0);
     program->enableAttributeArray(vertexLocation);
-    program->setAttributeArray(vertexLocation, vertices.data());
+    program->setAttributeArray(vertexLocation, quadVertices.data());
     program->enableAttributeArray(texCoordLocation);
     program->setAttributeArray(texCoordLocation, texCoords.data());
-    gl->glDrawArrays(GL_TRIANGLE_STRIP, 0, int(vertices.size()));
+    gl->glDrawArrays(GL_TRIANGLE_STRIP, 0, int(quadVertices.size()));
+    // The caller's coordinates may be gone before the next draw that sets none.
+    program->setAttributeArray(texCoordLocation, quadTexCoords.data());
     program->release();
 }
 

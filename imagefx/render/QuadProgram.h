@@ -31,10 +31,9 @@ extern const QuadTexCoords quadTexCoords;
 void linkQuadProgram(QOpenGLShaderProgram *program, const QByteArray &vertexShader,
                      const QByteArray &fragmentShader);
 
-// Draws with `program`, which is left released. Both arrays are read from client memory, also by
-// later draws that set none: they must live as long as their owner's program. Without a linked
-// program nothing is drawn.
-void drawQuad(QOpenGLShaderProgram *program, int vertexLocation, const QuadVertices &vertices,
-              int texCoordLocation, const QuadTexCoords &texCoords);
+// Draws quadVertices with `program`, which is left released. Both arrays stay enabled and hold
+// quadVertices and quadTexCoords then. Without a linked program nothing is drawn.
+void drawQuad(QOpenGLShaderProgram *program, int vertexLocation, int texCoordLocation,
+              const QuadTexCoords &texCoords = quadTexCoords);
 
 } // namespace ko::imagefx

@@ -30,9 +30,10 @@ TableTexture::~TableTexture()
     }
 }
 
-void TableTexture::setTexels(const QByteArray &texels, int width)
+void TableTexture::setTexels(const uchar *texels, int width)
 {
-    m_texels = texels;
+    const int components = m_format == GL_RGB ? 3 : 1;
+    m_texels.assign(texels, texels + qptrdiff(width) * components);
     m_width = width;
     if (isOfCurrentGroup()) {
         bindTexture(m_unit, m_textureId);
@@ -69,13 +70,13 @@ void TableTexture::generate()
     gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
     gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
     gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GLint(m_wrap));
-    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GLint(m_wrap));
 }
 
 void TableTexture::upload() const
 {
     functions()->glTexImage2D(GL_TEXTURE_2D, 0, GLint(m_format), m_width, 1, 0, m_format,
-                              GL_UNSIGNED_BYTE, m_texels.constData());
+                              GL_UNSIGNED_BYTE, m_texels.data());
 }
 
 } // namespace ko::imagefx

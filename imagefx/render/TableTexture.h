@@ -1,9 +1,10 @@
 #pragma once
 
-#include <QtCore/QByteArray>
 #include <QtCore/QPointer>
 #include <QtGui/QOpenGLContext>
 #include <QtGui/qopengl.h>
+
+#include <vector>
 
 namespace ko::imagefx
 {
@@ -12,6 +13,7 @@ namespace ko::imagefx
 // texels: where the context that is current does not know the texture, since the window that showed
 // it has gone, it is made again. Every function needs a current GL context, the destructor apart,
 // which leaves the texture to its context when that is not current.
+// One render thread at a time.
 class TableTexture
 {
 public:
@@ -19,8 +21,8 @@ public:
     TableTexture(int unit, GLenum format, GLenum wrap = GL_CLAMP_TO_EDGE);
     ~TableTexture();
 
-    // Uploads `texels`, a whole number of them.
-    void setTexels(const QByteArray &texels, int width);
+    // Uploads `width` texels and keeps a copy.
+    void setTexels(const uchar *texels, int width);
     // Binds the texture on its unit, which stays active.
     void bind();
 
@@ -36,7 +38,7 @@ private:
     const GLenum m_wrap;
     GLuint m_textureId = 0;
     QPointer<QOpenGLContextGroup> m_group;
-    QByteArray m_texels;
+    std::vector<uchar> m_texels;
     int m_width = 0;
 };
 

@@ -1,4 +1,7 @@
+#include "imagefx/effects/BatchImageEffect.h"
+#include "imagefx/effects/BlurImageEffect.h"
 #include "imagefx/effects/ColorFillImageEffect.h"
+#include "imagefx/effects/SharpenImageEffect.h"
 #include "imagefx/render/ImageEffectPass.h"
 #include "imagefx/render/ImageEffectState.h"
 #include "imagefx/render/PixelBufferState.h"
@@ -43,6 +46,7 @@ class GlesTest : public QObject
 private Q_SLOTS:
     void theContextIsOpenGles2();
     void everyPieceLinks();
+    void effectsOfTwoPassesAndBatchesDraw();
     void everyEffectMatchesTheModel_data();
     void everyEffectMatchesTheModel();
     void everyMaskMatchesTheModel_data();
@@ -75,6 +79,34 @@ void GlesTest::everyPieceLinks()
                 effect->setBlendMode(ImageEffect::BlendMode(mode));
                 const auto pass = effect->currentState()->effectPass(&pbs);
                 QVERIFY2(pass->isLinked(), qPrintable(pass->log()));
+            }
+        }
+    }
+}
+
+// On flat colour they leave what they find, so a first pass that does not link shows.
+void GlesTest::effectsOfTwoPassesAndBatchesDraw()
+{
+    const PixelBufferState pbs;
+    QImage flat(9, 7, QImage::Format_RGBA8888);
+    flat.fill(QColor(200, 100, 50));
+    for (const auto maskKind : {ModelMaskKind::None, ModelMaskKind::Distance, ModelMaskKind::Hue,
+                                ModelMaskKind::Luminance}) {
+        const OffscreenGl gl(gles());
+        QVERIFY(gl.isValid());
+        const std::unique_ptr<AlphaMask> mask = maskCases(maskKind).first().create();
+        BlurImageEffect blur;
+        SharpenImageEffect sharpen;
+        BatchImageEffect batch;
+        batch.setImageEffectList({&blur, &sharpen});
+        for (const float radius : {1.0F, 4.4F, 16.0F}) {
+            blur.setRadius(radius);
+            sharpen.setRadius(radius);
+            for (ImageEffect *effect : QList<ImageEffect *>{&blur, &sharpen, &batch}) {
+                effect->setAlphaMask(mask.get());
+                const auto pass = effect->currentState()->effectPass(&pbs);
+                QVERIFY2(pass->isLinked(), qPrintable(pass->log()));
+                KORVEL_COMPARE_PICTURES(renderTexture({effect}, flat), flat, roundingTolerance);
             }
         }
     }

@@ -60,19 +60,33 @@ private Q_SLOTS:
 
     void everyResourceIsStoredUncompressedAndRead()
     {
-        int count = 0;
+        QStringList names;
         QDirIterator files(QStringLiteral(":/imagefx/lib/shaders"));
         while (files.hasNext()) {
             QFile file(files.next());
-            if (file.fileName().contains(QLatin1String("/test_"))) {
+            const QString name = files.fileInfo().fileName();
+            if (name.startsWith(QLatin1String("test_"))) {
                 continue;
             }
             QVERIFY(file.open(QIODevice::ReadOnly));
             QCOMPARE(QResource(file.fileName()).compressionAlgorithm(), QResource::NoCompression);
-            QCOMPARE(ImageEffect::readShader(files.fileInfo().fileName()), file.readAll());
-            ++count;
+            QCOMPARE(ImageEffect::readShader(name), file.readAll());
+            names.append(name);
         }
-        QVERIFY(count >= 29);
+        names.sort();
+        QCOMPARE(names.join(QLatin1Char(' ')),
+                 QStringLiteral("am_distance.frag am_hue.frag am_luminance.frag blend_add.frag "
+                                "blend_colorburn.frag blend_colordodge.frag blend_darkenonly.frag "
+                                "blend_difference.frag blend_divide.frag blend_hardlight.frag "
+                                "blend_lightenonly.frag blend_linearburn.frag "
+                                "blend_linearlight.frag blend_multiply.frag blend_overlay.frag "
+                                "blend_screen.frag blend_softlight.frag blend_subtract.frag "
+                                "fx_batch.frag fx_blur.frag fx_blur_pre.frag "
+                                "fx_brightnesscontrast.frag fx_channelshift.frag "
+                                "fx_colorfill.frag fx_default.vert fx_defs.frag fx_exposure.frag "
+                                "fx_grayscale.frag fx_hsv.frag fx_levels.frag fx_lut.frag "
+                                "fx_main.frag fx_selectivesaturation.frag fx_sharpen.frag "
+                                "fx_sharpen_pre.frag pb_base.frag pb_base.vert"));
     }
 
     // The pieces are also read as GLSL ES 1.00, which knows neither versions above it nor default

@@ -1,3 +1,5 @@
+#include "imagefx/effects/BatchImageEffect.h"
+#include "imagefx/effects/BlurImageEffect.h"
 #include "imagefx/effects/BrightnessContrastImageEffect.h"
 #include "imagefx/effects/ChannelShiftImageEffect.h"
 #include "imagefx/effects/ColorFillImageEffect.h"
@@ -92,11 +94,18 @@ private Q_SLOTS:
             QTest::newRow(registered) << (reported != nullptr ? effectId(reported) : QString());
         };
         row("GrayScale", "GrayScale");
+        row("Blur", "Blur");
+        row("Sharpen", "Sharpen");
         row("ColorFill", "ColorFill");
+        row("Batch", "Batch");
+        row("Exposure", "Exposure");
+        row("SelectiveSaturation", "SelectiveSaturation");
         row("BrighnessContrast", "BrightnessContrast");
         row("ChannelShift", "ChannelShift");
+        row("LUT", "LUT");
         row("BrightnessContrast", nullptr);
         row("HSV", nullptr);
+        row("LookupTable", nullptr);
         row("grayscale", nullptr);
         row("", nullptr);
     }
@@ -140,8 +149,9 @@ private Q_SLOTS:
     void completeRegistryKnowsEveryReportedIdAndTheMisspeltOne()
     {
         const EffectRegistry registry = EffectRegistry::complete();
-        for (const char *kind : {"BrightnessContrast", "BrighnessContrast", "ChannelShift",
-                                 "ColorFill", "GrayScale", "HSV"}) {
+        for (const char *kind : {"Batch", "Blur", "BrightnessContrast", "BrighnessContrast",
+                                 "ChannelShift", "ColorFill", "Exposure", "GrayScale", "HSV", "LUT",
+                                 "SelectiveSaturation", "Sharpen"}) {
             const std::unique_ptr<ImageEffect> effect(registry.createEffect(effectId(kind)));
             QVERIFY2(effect, kind);
         }
@@ -246,6 +256,68 @@ private Q_SLOTS:
         QCOMPARE(read.size(), 2);
         QCOMPARE(read.at(0)->effectId(), effectId("GrayScale"));
         QCOMPARE(read.at(1)->effectId(), effectId("GrayScale"));
+    }
+
+    void blurHsvBlurBecomesTwoBlurs()
+    {
+        BlurImageEffect first;
+        first.setRadius(4.0F);
+        HSVImageEffect hsv;
+        BlurImageEffect last;
+        const OwnedStack read(ImageEffect::unserialize(
+            ImageEffect::serialize(QList<ImageEffect *>{&first, &hsv, &last})));
+        QCOMPARE(read.size(), 2);
+        QCOMPARE(qobject_cast<BlurImageEffect *>(read.at(0))->radius(), 4.0F);
+        QCOMPARE(qobject_cast<BlurImageEffect *>(read.at(1))->radius(), 1.0F);
+    }
+
+    void blurIsWrittenAsItsProperties()
+    {
+        BlurImageEffect blur;
+        blur.setRadius(4.0F);
+        QCOMPARE(ImageEffect::serialize(&blur),
+                 object(R"({"alpha": 1, "alphaMask": null, "blendMode": 0, "effectId":
+                            "ko.orvanto.imageeffect.Blur", "enabled": true, "name": "",
+                            "radius": 4})"));
+    }
+
+    void batchRoundTripsWithItsEffectsAndTheirMasks()
+    {
+        HueAlphaMask mask;
+        mask.addGradientStop(0.25F, 1.0F);
+        GrayScaleImageEffect masked;
+        masked.setAlphaMask(&mask);
+        HSVImageEffect dropped;
+        BlurImageEffect deep;
+        deep.setRadius(7.0F);
+        BatchImageEffect inner;
+        inner.setImageEffectList({&deep});
+        BatchImageEffect batch;
+        batch.setImageEffectList({&masked, &dropped, &inner});
+        const QJsonObject written = ImageEffect::serialize(&batch);
+        QCOMPARE(written.value(QLatin1String("imageEffects")).toArray().size(), 3);
+        const OwnedStack read(ImageEffect::unserialize(written));
+        const auto nested = qobject_cast<BatchImageEffect *>(read.at(0))->imageEffectList();
+        const OwnedStack members(nested);
+        QCOMPARE(members.size(), 2);
+        QCOMPARE(members.at(0)->effectId(), effectId("GrayScale"));
+        QCOMPARE(members.at(0)->alphaMask()->gradientStopList().size(), 1);
+        QCOMPARE(members.at(0)->parent(), nullptr);
+        const OwnedStack deepest(
+            qobject_cast<BatchImageEffect *>(members.at(1))->imageEffectList());
+        QCOMPARE(deepest.size(), 1);
+        QCOMPARE(qobject_cast<BlurImageEffect *>(deepest.at(0))->radius(), 7.0F);
+    }
+
+    void batchOfTheWrongTypeIsEmpty()
+    {
+        for (const char *list : {"null", "7", "{}", "\"Blur\"", "[1, {}, null]"}) {
+            const QByteArray json =
+                QByteArray(R"({"effectId": "ko.orvanto.imageeffect.Batch", "imageEffects": )") +
+                list + "}";
+            const OwnedStack read(ImageEffect::unserialize(object(json.constData())));
+            QVERIFY2(read.at(0)->isNeutral(), list);
+        }
     }
 
     void completeReaderKeepsThemAndNamesWhatItDoesNotKnow()

@@ -1,4 +1,5 @@
 #include "imagefx/RegisterQml.h"
+#include "imagefx/effects/BatchImageEffect.h"
 #include "imagefx/model/EffectStackReader.h"
 #include "imagefx/model/ImageEffect.h"
 #include "imagefx/render/ImageEffectRenderer.h"
@@ -108,6 +109,34 @@ private Q_SLOTS:
         QQmlComponent newer(&engine);
         newer.setData("import Korvel.ImageFx 1.1\nHueAlphaMask {}", QUrl());
         QVERIFY(newer.isError());
+    }
+
+    // Registered or not, stacks are written and read alike.
+    void stackSurvivesJsonWithTheTypesRegistered()
+    {
+        imagefx_register_qml("Korvel.ImageFx");
+        const QByteArray json =
+            R"([{"effectId": "ko.orvanto.imageeffect.Batch", "imageEffects": [{"effectId":
+                "ko.orvanto.imageeffect.Blur", "radius": 4, "alphaMask": {"maskId":
+                "ko.orvanto.alphamask.Hue", "gradientStops": [{"location": 0.25, "value": 0.5}],
+                "gradientInterpolation": 1}}]}])";
+        ImageEffect::initialize();
+        const QList<ImageEffect *> effects =
+            ImageEffect::unserialize(QJsonDocument::fromJson(json).array());
+        QCOMPARE(effects.size(), 1);
+        const QJsonObject written = ImageEffect::serialize(effects.first());
+        auto *batch = qobject_cast<BatchImageEffect *>(effects.first());
+        const QList<ImageEffect *> nested = batch->imageEffectList();
+        delete batch;
+        QCOMPARE(nested.size(), 1);
+        delete nested.first()->alphaMask();
+        delete nested.first();
+        const QJsonObject blur =
+            written.value(QLatin1String("imageEffects")).toArray().first().toObject();
+        QCOMPARE(blur.value(QLatin1String("radius")), QJsonValue(4));
+        const QJsonObject mask = blur.value(QLatin1String("alphaMask")).toObject();
+        QCOMPARE(mask.value(QLatin1String("gradientInterpolation")), QJsonValue(1));
+        QCOMPARE(mask.value(QLatin1String("gradientStops")).toArray().size(), 1);
     }
 
     // QML may destroy what is listed; the list lets go of it.

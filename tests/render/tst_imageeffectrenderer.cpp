@@ -1,5 +1,11 @@
+#include "imagefx/effects/BatchImageEffect.h"
+#include "imagefx/effects/BlurImageEffect.h"
 #include "imagefx/effects/ChannelShiftImageEffect.h"
 #include "imagefx/effects/ColorFillImageEffect.h"
+#include "imagefx/effects/ExposureImageEffect.h"
+#include "imagefx/effects/LookupTableImageEffect.h"
+#include "imagefx/effects/SelectiveSaturationImageEffect.h"
+#include "imagefx/effects/SharpenImageEffect.h"
 #include "imagefx/model/DistanceAlphaMask.h"
 #include "imagefx/render/ImageEffectRenderer.h"
 #include "tests/support/OffscreenGl.h"
@@ -214,6 +220,18 @@ private Q_SLOTS:
         KORVEL_COMPARE_PICTURES(render({&plain, &masked, &plain, &masked}, image), image, exactly);
     }
 
+    // A nested effect is prepared before it is asked whether it draws.
+    void disabledNestedEffectIsPreparedButNotDrawn()
+    {
+        TestEffect white(TestEffect::pieceOf("vec3(1.0)"), QStringLiteral("nested.White"));
+        white.setEnabled(false);
+        BatchImageEffect batch;
+        batch.setImageEffectList({&white});
+        const QImage image = picture({{b, c}});
+        KORVEL_COMPARE_PICTURES(render({&batch}, image), image, exactly);
+        QCOMPARE(white.testState()->resolves, 1);
+    }
+
     // Two effects with masks of their own, drawn in turn: each has its own table.
     void everyMaskHasItsOwnTable()
     {
@@ -243,10 +261,22 @@ private Q_SLOTS:
                                 picture({{Qt::transparent, Qt::transparent}}), exactly);
         KORVEL_COMPARE_PICTURES(render({&broken, &shift}, picture({{a, b}})),
                                 picture({{Qt::transparent, Qt::transparent}}), exactly);
-        QCOMPARE(m_gl.context()->functions()->glGetError(), GLenum(GL_NO_ERROR));
     }
 
-    void blendingAndScissorsOfTheCallerDoNotLeakIn()
+    // What the draw before the last left there is what the next effect reads: never something
+    // undefined.
+    void modeWithoutAPieceLeavesAnOlderPicture()
+    {
+        ChannelShiftImageEffect first;
+        first.setGreen(0.5F);
+        ColorFillImageEffect broken;
+        QVERIFY(broken.setProperty("blendMode", 99));
+        TestEffect last;
+        const QImage image = picture({{a, c}});
+        KORVEL_COMPARE_PICTURES(render({&first, &broken, &last}, image), image, exactly);
+    }
+
+    void blendingOfTheCallerDoesNotLeakIn()
     {
         m_gl.context()->functions()->glEnable(GL_BLEND);
         const QImage image = picture({{QColor(20, 10, 5, 50)}});
@@ -296,14 +326,30 @@ private Q_SLOTS:
         mask.addGradientStop(0.0F, 0.5F);
         ColorFillImageEffect fill;
         fill.setAlphaMask(&mask);
-        const QImage here = render({&fill}, picture({{b, c}}));
+        ExposureImageEffect exposure;
+        exposure.setExposure(0.5F);
+        LookupTableImageEffect grade;
+        grade.setTable(QUrl(QStringLiteral("qrc:/imagefx/lib/lut/fargo.png")));
+        SelectiveSaturationImageEffect saturation;
+        saturation.setBlue(-0.5F);
+        BlurImageEffect blur;
+        SharpenImageEffect sharpen;
+        ChannelShiftImageEffect shift;
+        shift.setRed(0.25F);
+        BatchImageEffect batch;
+        batch.setImageEffectList({&shift});
+        const QList<ImageEffect *> stack{&fill, &exposure, &grade, &saturation,
+                                         &blur, &sharpen,  &batch};
+        const QImage source = picture({{b, c, d}, {a, c, b}});
+        const QImage here = render(stack, source);
+        QVERIFY(here != source);
         {
             OffscreenGl other;
             QVERIFY(other.isValid());
-            KORVEL_COMPARE_PICTURES(render({&fill}, picture({{b, c}})), here, exactly);
+            KORVEL_COMPARE_PICTURES(render(stack, source), here, exactly);
         }
         QVERIFY(m_gl.makeCurrent());
-        KORVEL_COMPARE_PICTURES(render({&fill}, picture({{b, c}})), here, exactly);
+        KORVEL_COMPARE_PICTURES(render(stack, source), here, exactly);
     }
 
 private:

@@ -9,8 +9,9 @@ using namespace ko::imagefx;
 namespace
 {
 
-// The pieces keep to a dialect that also compiles as C++ over SIMD lanes; docs/shader-dialect.md
-// says why each rule is there. These tests catch the slips that compile as GLSL all the same.
+// The pieces keep to a dialect that can also be compiled as C++ over SIMD lanes;
+// docs/shader-dialect.md says why each rule is there. These tests catch the slips that compile as
+// GLSL all the same.
 
 bool isPiece(const QString &name)
 {
@@ -80,7 +81,8 @@ private Q_SLOTS:
         QCOMPARE(none("(?m)^\\s*(uniform\\s+|varying\\s+|const\\s+)?(float|vec\\d|mat\\d)\\s+\\w+"),
                  QByteArray());
         QCOMPARE(none("[(,]\\s*(float|vec\\d|mat\\d)\\s+\\w+\\s*[,)]"), QByteArray());
-        // Variables named like a swizzle; a and b are the parameters of fx_blend, w the weights of the blur.
+        // Variables named like a swizzle; a and b are the parameters of fx_blend, w the weights of
+        // the blur.
         QCOMPARE(none("\\b(lowp|mediump|highp)\\s+(float|vec\\d)\\s+"
                       "(?!a\\b|b\\b|w\\b)[rgbaxyzwstpq]{1,4}\\b"),
                  QByteArray());

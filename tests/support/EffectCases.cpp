@@ -8,6 +8,7 @@
 #include "imagefx/model/DistanceAlphaMask.h"
 #include "imagefx/model/HueAlphaMask.h"
 #include "imagefx/model/LuminanceAlphaMask.h"
+#include "tests/support/TableCases.h"
 
 namespace ko::imagefx::test
 {
@@ -116,6 +117,9 @@ const QVector<EffectKind> &allEffects()
          {hsv(0.0F, 0.0F, 0.0F), hsv(1.0F, 0.0F, 0.0F), hsv(-1.0F, 0.25F, 0.1F),
           hsv(0.37F, 0.0F, 0.0F), hsv(-0.37F, 0.5F, -0.2F), hsv(0.0F, -1.0F, 0.0F),
           hsv(0.0F, 1.0F, 0.5F), hsv(0.002F, -0.3F, 1.0F), hsv(0.6F, -0.7F, -1.0F)}},
+        {QStringLiteral("Exposure"), exposureCases()},
+        {QStringLiteral("LUT"), lookupTableCases()},
+        {QStringLiteral("SelectiveSaturation"), selectiveSaturationCases()},
     };
     return kinds;
 }

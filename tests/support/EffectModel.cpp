@@ -332,7 +332,7 @@ ExpectedPixel EffectModel::over(const QImage &source) const
     return [this, source](int x, int y) {
         const QPointF position(2.0 * (x + 0.5) / source.width() - 1.0,
                                2.0 * (y + 0.5) / source.height() - 1.0);
-        return pixel(source.constScanLine(y) + 4 * x, position);
+        return pixel(source.constScanLine(y) + ptrdiff_t(4) * x, position);
     };
 }
 

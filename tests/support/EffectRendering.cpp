@@ -6,6 +6,7 @@
 
 #include <QtGui/QOpenGLFramebufferObject>
 #include <QtGui/QOpenGLFunctions>
+#include <QtTest/QTest>
 
 #include <algorithm>
 #include <array>
@@ -37,7 +38,7 @@ Bytes corner(int index)
     return {(index & 1) * 255, (index >> 1 & 1) * 255, (index >> 2 & 1) * 255};
 }
 
-// The colours from 0 to 255 in the order of their number.
+// Nine kinds of colours, 256 of each, then random ones without end.
 Bytes colorOf(int number, std::mt19937 &random)
 {
     const int step = number % 256;
@@ -64,15 +65,27 @@ Bytes colorOf(int number, std::mt19937 &random)
 
 void put(QImage &image, int number, const Bytes &color, int alpha)
 {
-    uchar *pixel = image.scanLine(number / image.width()) + 4 * (number % image.width());
+    uchar *pixel = image.scanLine(number / image.width()) + ptrdiff_t(4) * (number % image.width());
     std::copy(color.begin(), color.end(), pixel);
     pixel[3] = uchar(alpha);
 }
 
-QImage render(const QList<ImageEffect *> &effects, const QImage &source, bool asTexture)
+void checkGlError()
+{
+    const GLenum error = QOpenGLContext::currentContext()->functions()->glGetError();
+    if (error != GL_NO_ERROR) {
+        QTest::qFail(qPrintable(QStringLiteral("GL error 0x%1 is pending").arg(error, 0, 16)),
+                     __FILE__, __LINE__);
+    }
+}
+
+QImage render(const QList<ImageEffect *> &effects, const QImage &source, bool asTexture,
+              const RenderSettings &settings)
 {
     QOpenGLFramebufferObject target(source.size());
     ImageEffectRenderer renderer(effects);
+    renderer.setRelativeScale(settings.relativeScale);
+    renderer.setGlobalAlpha(settings.globalAlpha);
     if (asTexture) {
         const GLuint textureId = uploadRgba(source);
         renderer.render(textureId, &target);
@@ -80,6 +93,7 @@ QImage render(const QList<ImageEffect *> &effects, const QImage &source, bool as
     } else {
         renderer.render(source, &target);
     }
+    checkGlError();
     return readBack(&target);
 }
 
@@ -111,14 +125,15 @@ QImage translucentPicture(const QSize &size)
     return image;
 }
 
-QImage renderTexture(const QList<ImageEffect *> &effects, const QImage &source)
+QImage renderTexture(const QList<ImageEffect *> &effects, const QImage &source,
+                     const RenderSettings &settings)
 {
-    return render(effects, source, true);
+    return render(effects, source, true, settings);
 }
 
 QImage renderImage(const QList<ImageEffect *> &effects, const QImage &source)
 {
-    return render(effects, source, false);
+    return render(effects, source, false, {});
 }
 
 QByteArray checkIdentity(const QList<ImageEffect *> &effects, const QImage &source)
@@ -130,7 +145,7 @@ QByteArray checkAlphaUntouched(const QImage &actual, const QImage &source)
 {
     for (int y = 0; y < source.height(); ++y) {
         for (int x = 0; x < source.width(); ++x) {
-            const uchar *pixel = actual.constScanLine(y) + 4 * x;
+            const uchar *pixel = actual.constScanLine(y) + ptrdiff_t(4) * x;
             const int alpha = source.constScanLine(y)[4 * x + 3];
             const bool isClear = pixel[0] == 0 && pixel[1] == 0 && pixel[2] == 0;
             if (pixel[3] != alpha || (alpha == 0 && !isClear)) {

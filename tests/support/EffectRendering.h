@@ -24,11 +24,18 @@ QImage opaquePicture(const QSize &size = testPictureSize);
 // Every alpha from 0 to 255, with all kinds of colours up to it.
 QImage translucentPicture(const QSize &size = testPictureSize);
 
-// The picture after the effects, in the bytes of the framebuffer. Both need a current GL context.
-QImage renderTexture(const QList<ImageEffect *> &effects, const QImage &source);
+struct RenderSettings {
+    float relativeScale = 1.0F;
+    float globalAlpha = 1.0F;
+};
+
+// The picture after the effects, in the bytes of the framebuffer. Both need a current GL context,
+// and fail the running test when a GL error is pending afterwards.
+QImage renderTexture(const QList<ImageEffect *> &effects, const QImage &source,
+                     const RenderSettings &settings = {});
 QImage renderImage(const QList<ImageEffect *> &effects, const QImage &source);
 
-// Empty when `source` is picture by picture what `effects` leave of it, byte for byte.
+// Empty when the effects leave the picture as it is, byte for byte.
 QByteArray checkIdentity(const QList<ImageEffect *> &effects, const QImage &source);
 // Empty when every alpha is that of the source, and pixels of alpha 0 are all 0.
 QByteArray checkAlphaUntouched(const QImage &actual, const QImage &source);

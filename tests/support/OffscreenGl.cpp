@@ -2,6 +2,7 @@
 
 #include <QtGui/QOpenGLFramebufferObject>
 #include <QtGui/QOpenGLFunctions>
+#include <QtTest/QTest>
 
 namespace ko::imagefx::test
 {
@@ -22,6 +23,12 @@ QImage readBack(QOpenGLFramebufferObject *framebuffer)
     QOpenGLContext::currentContext()->functions()->glReadPixels(
         0, 0, image.width(), image.height(), GL_RGBA, GL_UNSIGNED_BYTE, image.bits());
     framebuffer->release();
+    // Whatever was drawn and read must leave no error behind.
+    const GLenum error = QOpenGLContext::currentContext()->functions()->glGetError();
+    if (error != GL_NO_ERROR) {
+        QTest::qFail(qPrintable(QStringLiteral("GL error 0x%1 pending").arg(error, 0, 16)),
+                     __FILE__, __LINE__);
+    }
     return image;
 }
 

@@ -31,7 +31,8 @@ private:
 };
 
 // The framebuffer's colour as RGBA8888, row 0 first: its bottom row is the image's first scan line.
-// The bytes are what the framebuffer holds, premultiplied when that is.
+// The bytes are what the framebuffer holds, premultiplied when that is. A pending GL error fails
+// the running test.
 QImage readBack(QOpenGLFramebufferObject *framebuffer);
 
 // A new texture of RGBA8888 bytes as they are, nearest filtering, clamped; delete it with
