@@ -12,7 +12,7 @@ namespace
 
 QString required(const QCommandLineParser &parser, const QString &option)
 {
-    const QString value = parser.value(option);
+    QString value = parser.value(option);
     if (value.isEmpty()) {
         throw Error{QStringLiteral("--%1 is missing; see --help").arg(option), 2};
     }

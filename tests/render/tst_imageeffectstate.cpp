@@ -315,7 +315,7 @@ private Q_SLOTS:
 
 private:
     OffscreenGl m_gl;
-    const PixelBufferState m_pbs;
+    const PixelBufferState m_pbs{};
 };
 
 KORVEL_TEST_MAIN(ImageEffectStateTest)

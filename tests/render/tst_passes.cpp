@@ -268,7 +268,7 @@ private:
     }
 
     OffscreenGl m_gl;
-    const PixelBufferState m_pbs;
+    const PixelBufferState m_pbs{};
 };
 
 KORVEL_TEST_MAIN(PassesTest)

@@ -98,7 +98,8 @@ QByteArray comparePictures(const QImage &actual, const ExpectedPixel &expected, 
     int beyond = 0;
     for (int y = 0; y < pixels.height(); ++y) {
         for (int x = 0; x < pixels.width(); ++x) {
-            const double excess = excessOf(pixels.constScanLine(y) + 4 * x, expected(x, y));
+            const double excess =
+                excessOf(pixels.constScanLine(y) + ptrdiff_t(4) * x, expected(x, y));
             beyond += excess > tolerance ? 1 : 0;
             if (excess > worst.excess) {
                 worst = {excess, x, y};
@@ -110,7 +111,7 @@ QByteArray comparePictures(const QImage &actual, const ExpectedPixel &expected, 
     }
     const int count = pixels.width() * pixels.height();
     return "worst pixel (" + QByteArray::number(worst.x) + ", " + QByteArray::number(worst.y) +
-           "): " + levels(pixels.constScanLine(worst.y) + 4 * worst.x) + " instead of " +
+           "): " + levels(pixels.constScanLine(worst.y) + ptrdiff_t(4) * worst.x) + " instead of " +
            levels(expected(worst.x, worst.y)) + ", " + QByteArray::number(worst.excess) +
            " levels off; " + QByteArray::number(beyond) + " of " + QByteArray::number(count) +
            " pixels are beyond " + QByteArray::number(tolerance) +
@@ -132,7 +133,7 @@ QByteArray comparePictures(const QImage &actual, const QImage &expected, double 
                               ? expected
                               : expected.convertToFormat(QImage::Format_RGBA8888);
     const auto expectedPixel = [&pixels](int x, int y) {
-        const uchar *pixel = pixels.constScanLine(y) + 4 * x;
+        const uchar *pixel = pixels.constScanLine(y) + ptrdiff_t(4) * x;
         PixelRange range{};
         for (size_t channel = 0; channel < range.size(); ++channel) {
             range[channel] = {double(pixel[channel]), double(pixel[channel])};

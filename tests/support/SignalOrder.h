@@ -19,7 +19,7 @@ public:
     // The names of the signals since the last call, with blanks between them.
     QString taken()
     {
-        const QString names = m_names.join(QLatin1Char(' '));
+        QString names = m_names.join(QLatin1Char(' '));
         m_names.clear();
         return names;
     }
