@@ -164,12 +164,16 @@ FloatRange hueFactor(const QVector<int> &table, const ColorRange &color)
     FloatRange degrees = sixthsOf(color) / 6.0;
     degrees.precision = color[0].precision;
     degrees = degrees * 360.0 + 360.0;
-    const int first = int(std::floor(degrees.low));
-    const int last = int(std::floor(degrees.high));
+    // Of a grey that is none after rounding the hue may be anything.
+    const bool anywhere = !(degrees.high - degrees.low < circle);
+    const int first = anywhere ? 0 : int(std::floor(degrees.low));
+    const int last = anywhere ? circle - 1 : int(std::floor(degrees.high));
     FloatRange factor;
     for (int i = first; i <= last; ++i) {
         const FloatRange value =
-            FloatRange::rounded(table.at(i % circle) / 255.0, color[0].precision) * 2.0;
+            FloatRange::rounded(table.at((i % circle + circle) % circle) / 255.0,
+                                color[0].precision) *
+            2.0;
         factor = i == first ? value : united(factor, value);
     }
     return factor;
