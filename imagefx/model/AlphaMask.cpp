@@ -169,6 +169,7 @@ void AlphaMask::setGradientStopList(QList<AlphaGradientStop *> stops)
     stops.removeAll(nullptr);
     for (AlphaGradientStop *stop : qAsConst(stops)) {
         stop->setParent(this);
+        d->guard.watch(stop);
     }
     // Guarded, since a slot of the signals below may delete a stop or set another list.
     const Private::GuardedStops former = Private::guarded(d->stops);

@@ -192,6 +192,22 @@ private Q_SLOTS:
         QVERIFY(mask.gradientStopList().isEmpty());
     }
 
+    void slotMayDestroyStopsWhileTheListIsSet()
+    {
+        DistanceAlphaMask mask;
+        AlphaGradientStop *former = mask.addGradientStop(0.0F, 0.0F);
+        QPointer<AlphaGradientStop> latter = new AlphaGradientStop(0.5F, 0.5F, nullptr);
+        connect(&mask, &AlphaMask::gradientStopsChanged, &mask, [former, latter] {
+            delete former;
+            delete latter.data();
+        });
+        mask.setGradientStopList({latter.data()});
+        QVERIFY(latter.isNull());
+        QVERIFY(mask.gradientStopList().isEmpty());
+        mask.currentState();
+        QCOMPARE(texels(mask), QVector<int>(512, 255));
+    }
+
     void listPropertyNeitherAdoptsNorDeletes()
     {
         HueAlphaMask mask;
