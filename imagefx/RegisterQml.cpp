@@ -11,9 +11,11 @@
 #include "imagefx/effects/LookupTableImageEffect.h"
 #include "imagefx/effects/SelectiveSaturationImageEffect.h"
 #include "imagefx/effects/SharpenImageEffect.h"
+#include "imagefx/export/ImageEffectExporter.h"
 #include "imagefx/model/DistanceAlphaMask.h"
 #include "imagefx/model/HueAlphaMask.h"
 #include "imagefx/model/LuminanceAlphaMask.h"
+#include "imagefx/quick/PixelBuffer.h"
 
 #include <QtQml/qqml.h>
 
@@ -24,6 +26,7 @@ void imagefx_register_qml(const char *uri)
                                             QStringLiteral("ImageEffect is abstract"));
     qmlRegisterUncreatableType<AlphaMask>(uri, 1, 0, "AlphaMask",
                                           QStringLiteral("AlphaMask is abstract"));
+    qmlRegisterType<PixelBuffer>(uri, 1, 0, "PixelBuffer");
     qmlRegisterType<SharpenImageEffect>(uri, 1, 0, "SharpenImageEffect");
     qmlRegisterType<GrayScaleImageEffect>(uri, 1, 0, "GrayScaleImageEffect");
     qmlRegisterType<BrightnessContrastImageEffect>(uri, 1, 0, "BrightnessContrastImageEffect");
@@ -39,4 +42,5 @@ void imagefx_register_qml(const char *uri)
     qmlRegisterType<DistanceAlphaMask>(uri, 1, 0, "DistanceAlphaMask");
     qmlRegisterType<HueAlphaMask>(uri, 1, 0, "HueAlphaMask");
     qmlRegisterType<LuminanceAlphaMask>(uri, 1, 0, "LuminanceAlphaMask");
+    qmlRegisterType<ImageEffectExporter>(uri, 1, 0, "ImageEffectExporter");
 }

@@ -16,7 +16,8 @@ install_packages() {
     echo "installing:" $missing
     as_root apt-get update -q
     # shellcheck disable=SC2086
-    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -yq --no-install-recommends $missing
+    # No server that the tests start for themselves shall start by itself: hence the runlevel.
+    as_root env DEBIAN_FRONTEND=noninteractive RUNLEVEL=1 apt-get install -yq --no-install-recommends $missing
 }
 
 # build PRESET [ARGUMENT...]: configures and builds; the arguments go to cmake --build.

@@ -1,13 +1,11 @@
 #include "imagefx/effects/LookupTableImageEffect.h"
 
 #include "imagefx/effects/LookupTableImageEffectState.h"
+#include "imagefx/effects/TableDataUrl.h"
 #include "imagefx/model/Logging.h"
 
-#include <QtCore/QBuffer>
 #include <QtCore/QResource>
 #include <QtGui/QImageReader>
-
-#include <algorithm>
 
 namespace ko::imagefx
 {
@@ -18,11 +16,6 @@ namespace
 constexpr QSize tableSize(256, 1);
 // A longer table is cut there, and so fails to decode.
 constexpr int maximumDataLength = 2048;
-
-QString pngDataPrefix()
-{
-    return QStringLiteral("image/png;base64,");
-}
 
 } // namespace
 
@@ -49,12 +42,11 @@ void LookupTableImageEffect::Private::accept(const QImage &image)
 
 void LookupTableImageEffect::Private::loadData(const QString &path)
 {
-    const QString prefix = pngDataPrefix();
-    if (!path.startsWith(prefix)) {
+    if (!path.startsWith(tableDataPrefix)) {
         qCCritical(lcImageEffect, "Unsupported data URL");
         return;
     }
-    const QByteArray base64 = path.mid(prefix.size(), maximumDataLength).toLatin1();
+    const QByteArray base64 = path.mid(tableDataPrefix.size(), maximumDataLength).toLatin1();
     accept(QImage::fromData(QByteArray::fromBase64(base64)));
 }
 
@@ -115,15 +107,7 @@ QUrl LookupTableImageEffect::toDataUrl(const QUrl &file) const
     if (image.isNull()) {
         return {};
     }
-    // The pixels alone: a profile or a comment of the file would use up the length of the URL.
-    QImage plain(image.size(), image.format());
-    std::copy_n(image.constBits(), image.sizeInBytes(), plain.bits());
-    QByteArray png;
-    QBuffer buffer(&png);
-    if (!buffer.open(QIODevice::WriteOnly) || !plain.save(&buffer, "png")) {
-        return {};
-    }
-    return QUrl(QLatin1String("data:") + pngDataPrefix() + QString::fromLatin1(png.toBase64()));
+    return tableDataUrl(image);
 }
 
 bool LookupTableImageEffect::isNeutral() const

@@ -91,15 +91,7 @@ void AlphaMask::Private::clearStops()
 
 void AlphaMask::Private::rebuildGradient()
 {
-    QVector<MaskGradientStop> gradientStops;
-    gradientStops.reserve(stops.size());
-    for (const AlphaGradientStop *stop : qAsConst(stops)) {
-        gradientStops.append({stop->location(), stop->value()});
-    }
-    const MaskGradient texels =
-        buildMaskGradient(gradientStops, static_cast<MaskGradientFill>(interpolation),
-                          (gradientFlags & CyclicGradient) != 0);
-    std::copy(texels.begin(), texels.end(), gradient.scanLine(0));
+    gradient = q->buildGradient();
     Q_EMIT q->gradientChanged();
 }
 
@@ -211,6 +203,21 @@ void AlphaMask::removeGradientStop(AlphaGradientStop *stop)
 QImage AlphaMask::gradient() const
 {
     return d->gradient;
+}
+
+QImage AlphaMask::buildGradient() const
+{
+    QVector<MaskGradientStop> stops;
+    stops.reserve(d->stops.size());
+    for (const AlphaGradientStop *stop : qAsConst(d->stops)) {
+        stops.append({stop->location(), stop->value()});
+    }
+    const MaskGradient texels =
+        buildMaskGradient(stops, static_cast<MaskGradientFill>(d->interpolation),
+                          (d->gradientFlags & CyclicGradient) != 0);
+    QImage gradient(maskGradientSize, 1, QImage::Format_Grayscale8);
+    std::copy(texels.begin(), texels.end(), gradient.scanLine(0));
+    return gradient;
 }
 
 float AlphaMask::intensityAtLocation(float location) const

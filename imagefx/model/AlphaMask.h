@@ -72,6 +72,9 @@ public:
 
     // The gradient as last built by currentState(): 512 x 1 bytes; 255 before that.
     QImage gradient() const;
+    // The gradient of the present stops, as currentState() would build it, in the same layout.
+    // Needs no GL context, emits nothing and leaves gradient() as it is.
+    QImage buildGradient() const;
     // The opacity that the gradient as last built has at `location`, clamped to [0, 1].
     Q_INVOKABLE float intensityAtLocation(float location) const;
 

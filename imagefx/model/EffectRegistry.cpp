@@ -98,4 +98,18 @@ AlphaMask *EffectRegistry::createAlphaMask(const QString &maskId) const
     return creator != nullptr ? creator() : nullptr;
 }
 
+QStringList EffectRegistry::effectIds() const
+{
+    QStringList ids = m_effects.keys();
+    ids.sort();
+    return ids;
+}
+
+QStringList EffectRegistry::maskIds() const
+{
+    QStringList ids = m_masks.keys();
+    ids.sort();
+    return ids;
+}
+
 } // namespace ko::imagefx

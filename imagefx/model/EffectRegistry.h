@@ -4,6 +4,7 @@
 
 #include <QtCore/QHash>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 
 namespace ko::imagefx
 {
@@ -36,6 +37,10 @@ public:
     // A new object without a parent, owned by the caller; null for an unknown id or a null creator.
     ImageEffect *createEffect(const QString &effectId) const;
     AlphaMask *createAlphaMask(const QString &maskId) const;
+
+    // Every id that is entered, in alphabetical order.
+    QStringList effectIds() const;
+    QStringList maskIds() const;
 
 private:
     QHash<QString, EffectCreator> m_effects;

@@ -34,6 +34,8 @@ public:
     // Before every draw of an effect that carries the mask.
     virtual void updatePass(const QSharedPointer<ImageEffectPass> &pass,
                             const PixelBufferState *pbs);
+    // Binds the gradient on another unit than its own, for a program that shows the mask itself.
+    void bindGradient(int unit) { m_gradient.bind(unit); }
     // The piece that defines fx_mask().
     virtual QByteArray shaderCode() const = 0;
 

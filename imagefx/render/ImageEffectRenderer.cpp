@@ -31,11 +31,10 @@ void bindCleared(QOpenGLFramebufferObject *framebuffer)
     gl->glClear(GL_COLOR_BUFFER_BIT);
 }
 
-void prepareTarget(QOpenGLFramebufferObject *target)
+void prepareState(const QSize &size)
 {
     QOpenGLFunctions *gl = QOpenGLContext::currentContext()->functions();
-    gl->glViewport(0, 0, target->width(), target->height());
-    bindCleared(target);
+    gl->glViewport(0, 0, size.width(), size.height());
     gl->glDisable(GL_BLEND);
     gl->glFrontFace(GL_CW);
     gl->glCullFace(GL_BACK);
@@ -66,11 +65,35 @@ GLuint uploadTexture(const QImage &image)
 class ImageEffectRenderer::Private
 {
 public:
+    QOpenGLFramebufferObject *draw(QOpenGLFramebufferObject *picture,
+                                   QOpenGLFramebufferObject *spare) const;
+
     QList<ImageEffect *> effects;
     QRectF subRect = wholeTexture;
     float relativeScale = 1.0F;
     float globalAlpha = 1.0F;
 };
+
+QOpenGLFramebufferObject *ImageEffectRenderer::Private::draw(QOpenGLFramebufferObject *picture,
+                                                             QOpenGLFramebufferObject *spare) const
+{
+    // Cleared, so that an effect whose program did not link leaves defined colour to the next one.
+    bindCleared(spare);
+    spare->release();
+
+    PixelBufferState pbs;
+    pbs.imageEffectAlpha = globalAlpha;
+    pbs.renderScale = relativeScale;
+    PassTargets targets{picture, spare};
+    const QList<ImageEffect *> drawn = effects;
+    for (ImageEffect *effect : drawn) {
+        const QSharedPointer<ImageEffectState> state = effect->currentState();
+        const QSharedPointer<ImageEffectPass> pass = state->effectPass(&pbs);
+        pass->render(targets, state.data(), &pbs);
+        std::swap(targets.source, targets.target);
+    }
+    return targets.source;
+}
 
 ImageEffectRenderer::ImageEffectRenderer(const QList<ImageEffect *> &effects)
     : d(std::make_unique<Private>())
@@ -113,31 +136,26 @@ void ImageEffectRenderer::setGlobalAlpha(float alpha)
 void ImageEffectRenderer::render(GLuint textureId, QOpenGLFramebufferObject *target)
 {
     const QSharedPointer<BasePass> basePass = BasePass::shared();
-    prepareTarget(target);
+    prepareState(target->size());
+    bindCleared(target);
     basePass->draw(textureId, d->subRect);
     target->release();
-
-    // Cleared, so that an effect whose program did not link leaves defined colour to the next one.
     QOpenGLFramebufferObject temporary(target->size(), GL_TEXTURE_2D);
-    bindCleared(&temporary);
-    temporary.release();
-
-    PixelBufferState pbs;
-    pbs.imageEffectAlpha = d->globalAlpha;
-    pbs.renderScale = d->relativeScale;
-    PassTargets targets{target, &temporary};
-    const QList<ImageEffect *> effects = d->effects;
-    for (ImageEffect *effect : effects) {
-        const QSharedPointer<ImageEffectState> state = effect->currentState();
-        const QSharedPointer<ImageEffectPass> pass = state->effectPass(&pbs);
-        pass->render(targets, state.data(), &pbs);
-        std::swap(targets.source, targets.target);
-    }
-    if (targets.source != target) {
+    if (d->draw(target, &temporary) != target) {
         copyFramebuffer(&temporary, target);
     }
     activateTextureUnit(sourceUnit);
     QOpenGLContext::currentContext()->functions()->glFlush();
+}
+
+QOpenGLFramebufferObject *ImageEffectRenderer::renderInPlace(QOpenGLFramebufferObject *picture,
+                                                             QOpenGLFramebufferObject *spare)
+{
+    prepareState(picture->size());
+    QOpenGLFramebufferObject *result = d->draw(picture, spare);
+    activateTextureUnit(sourceUnit);
+    QOpenGLContext::currentContext()->functions()->glFlush();
+    return result;
 }
 
 void ImageEffectRenderer::render(const QImage &image, QOpenGLFramebufferObject *target)

@@ -16,7 +16,7 @@ namespace ko::imagefx
 
 class ImageEffect;
 
-// Draws a picture through a list of effects into a framebuffer, without a window. Both render()
+// Draws a picture through a list of effects into a framebuffer, without a window. The render
 // functions run on the calling thread with its current GL context, leave the framebuffer unbound
 // and keep no GL objects between calls. Every effect is drawn, also one that is off or neutral.
 class KORVELIMAGEFX_EXPORT ImageEffectRenderer
@@ -47,6 +47,11 @@ public:
     // Uploads the image, whose first scan line becomes row 0. Its colour is taken as it is: the
     // colour of translucent pixels counts as premultiplied.
     void render(const QImage &image, QOpenGLFramebufferObject *target);
+    // Draws the premultiplied colour that is in `picture`, without a copy of it and without any
+    // framebuffer but the two given, which have one size. Both are drawn over; returns the one that
+    // holds the result. subRect() counts as the whole.
+    QOpenGLFramebufferObject *renderInPlace(QOpenGLFramebufferObject *picture,
+                                            QOpenGLFramebufferObject *spare);
 
 private:
     Q_DISABLE_COPY(ImageEffectRenderer)

@@ -43,16 +43,15 @@ void TableTexture::setTexels(const uchar *texels, int width)
     }
 }
 
-void TableTexture::bind()
+void TableTexture::bind(int unit)
 {
-    if (isOfCurrentGroup()) {
-        bindTexture(m_unit, m_textureId);
-        return;
+    if (!isOfCurrentGroup()) {
+        generate();
+        if (m_width > 0) {
+            upload();
+        }
     }
-    generate();
-    if (m_width > 0) {
-        upload();
-    }
+    bindTexture(unit, m_textureId);
 }
 
 bool TableTexture::isOfCurrentGroup() const

@@ -23,8 +23,9 @@ public:
 
     // Uploads `width` texels and keeps a copy.
     void setTexels(const uchar *texels, int width);
-    // Binds the texture on its unit, which stays active.
-    void bind();
+    // Binds the texture on its unit, or on another, which stays active.
+    void bind() { bind(m_unit); }
+    void bind(int unit);
 
 private:
     Q_DISABLE_COPY(TableTexture)

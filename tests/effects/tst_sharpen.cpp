@@ -214,7 +214,7 @@ void SharpenTest::jsonRoundTrip()
     KORVEL_CHECK(checkJsonRoundTrip(&effect));
 }
 
-// None of them has a tap on the border of two texels, which a GPU may read either way.
+// A radius of 1.5 or 2.5 has taps on the border of two texels, which read the outer one.
 void SharpenTest::picturesMatchTheModel_data()
 {
     QTest::addColumn<float>("strength");
@@ -234,6 +234,8 @@ void SharpenTest::picturesMatchTheModel_data()
     row(-0.6F, 8.0F, 1.0F);
     row(3.0F, 1.3F, 1.0F);
     row(0.3F, 80.0F, 1.0F);
+    row(0.5F, 1.5F, 1.0F);
+    row(0.5F, 5.0F, 0.5F);
 }
 
 void SharpenTest::picturesMatchTheModel()

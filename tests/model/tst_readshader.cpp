@@ -86,7 +86,8 @@ private Q_SLOTS:
                                 "fx_colorfill.frag fx_default.vert fx_defs.frag fx_exposure.frag "
                                 "fx_grayscale.frag fx_hsv.frag fx_levels.frag fx_lut.frag "
                                 "fx_main.frag fx_selectivesaturation.frag fx_sharpen.frag "
-                                "fx_sharpen_pre.frag pb_base.frag pb_base.vert"));
+                                "fx_sharpen_pre.frag pb_base.frag pb_base.vert pb_mask.frag "
+                                "pb_maskgather.frag pb_maskgather.vert pb_maskrender.frag"));
     }
 
     // The pieces are also read as GLSL ES 1.00, which knows neither versions above it nor default

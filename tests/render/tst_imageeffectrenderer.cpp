@@ -161,6 +161,26 @@ private Q_SLOTS:
         m_gl.context()->functions()->glDeleteTextures(1, &texture);
     }
 
+    // With an even and an odd number of effects the result is in another one of the framebuffers.
+    void drawingInPlaceGivesTheSame()
+    {
+        const QImage image = opaquePicture(QSize(37, 21));
+        ColorFillImageEffect fill;
+        fill.setAlpha(0.5F);
+        ChannelShiftImageEffect shift;
+        shift.setGreen(100.0F / 255.0F);
+        const QList<QList<ImageEffect *>> stacks = {{}, {&shift}, {&shift, &fill}};
+        for (const QList<ImageEffect *> &effects : stacks) {
+            QOpenGLFramebufferObject picture(image.size(), GL_TEXTURE_2D);
+            QOpenGLFramebufferObject spare(image.size(), GL_TEXTURE_2D);
+            ImageEffectRenderer({}).render(image, &picture);
+            QOpenGLFramebufferObject *result =
+                ImageEffectRenderer(effects).renderInPlace(&picture, &spare);
+            QCOMPARE(result, effects.size() % 2 == 0 ? &picture : &spare);
+            KORVEL_COMPARE_PICTURES(readBack(result), render(effects, image), exactly);
+        }
+    }
+
     void globalAlphaZeroMakesEveryEffectACopy()
     {
         ColorFillImageEffect fill;

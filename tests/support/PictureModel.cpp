@@ -112,9 +112,9 @@ ColorRange Kernel::over(const ModelPicture &picture, int x, int y, FloatPrecisio
     ColorRange sum = {0.0, 0.0, 0.0};
     for (int i = 0; i < weights.size(); ++i) {
         const FloatRange weight = FloatRange::rounded(weights.at(i), precision);
-        add(sum, at(i * step), weight);
+        add(sum, at(i > 0 ? i * step + tapBeyond : 0.0), weight);
         if (i > 0) {
-            add(sum, at(-i * step), weight);
+            add(sum, at(-(i * step + tapBeyond)), weight);
         }
     }
     return sum;

@@ -43,6 +43,9 @@ struct ModelFrame {
 // a ten thousandth of a pixel here. A tap that close to the border of two texels that differ may
 // read either, and nothing is said about its pixel.
 constexpr double tapError = 0.001;
+// How much farther out than its place every tap but the centre lies, in pixels: what would be on
+// the border of two texels so is in the outer one.
+constexpr double tapBeyond = 1.0 / 256.0;
 
 // What an effect makes of the colour at (x, y).
 using PixelEffect = std::function<ModelEffect(int x, int y)>;

@@ -34,11 +34,12 @@ void adopt(ImageEffect *effect)
     }
 }
 
-// True when a tap of blur or sharpen would fall on the border of two texels.
+// True when a tap of blur or sharpen would fall so close to the border of two texels that its
+// place's rounding decides.
 bool hitsABorder(double step, int taps)
 {
     for (int i = 1; i <= taps; ++i) {
-        const double distance = i * step + 0.5;
+        const double distance = i * step + tapBeyond + 0.5;
         if (std::abs(distance - std::round(distance)) < 2.0 * tapError) {
             return true;
         }

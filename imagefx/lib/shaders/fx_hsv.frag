@@ -15,9 +15,9 @@ lowp float hsv_hue(lowp vec3 color, lowp float maximum, lowp float diff)
     lowp float isRed = float(color.r == maximum);
     lowp float isGreen = float(color.g == maximum) * (ONE - isRed);
     lowp float isBlue = ONE - isRed - isGreen;
-    lowp float sixth = isRed * ((color.g - color.b) / divisor)
-        + isGreen * (2.0 + (color.b - color.r) / divisor)
-        + isBlue * (4.0 + (color.r - color.g) / divisor);
+    lowp float distance = isRed * (color.g - color.b) + isGreen * (color.b - color.r)
+        + isBlue * (color.r - color.g);
+    lowp float sixth = isGreen * 2.0 + isBlue * 4.0 + distance / divisor;
     return mod(sixth / SIX + ONE, ONE);
 }
 

@@ -6,13 +6,16 @@ uniform lowp float u_radius; // in pixels
 
 varying mediump vec2 v_texCoord;
 
+// A tap on the border of two texels reads the outer one, however coordinates are rounded; in pixels.
+const mediump float BEYOND = 1.0 / 256.0;
+
 void main()
 {
     mediump float dist = dFdx(v_texCoord.x);
     lowp vec4 color = texture2D(u_source, v_texCoord);
     mediump vec4 blurred = color;
     for (int i = 1; i <= RADIUS; ++i) {
-        mediump vec2 offset = vec2(float(i) / float(RADIUS) * u_radius * dist, 0.0);
+        mediump vec2 offset = dist * vec2(u_radius * float(i) / float(RADIUS) + BEYOND, 0.0);
         blurred += texture2D(u_source, v_texCoord + offset);
         blurred += texture2D(u_source, v_texCoord - offset);
     }
