@@ -1,0 +1,217 @@
+#include "engine/ThreadPool.h"
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <system_error>
+#include <thread>
+
+#include <sched.h>
+
+namespace ko::imagefx::engine
+{
+
+namespace
+{
+
+// How often an idle thread looks for work before it sleeps: some tens of microseconds. The next
+// stage of a picture usually follows sooner than a sleeper would wake.
+constexpr int looksBeforeSleep = 400;
+
+void pauseProcessor()
+{
+#if defined(__x86_64__)
+    __builtin_ia32_pause();
+#elif defined(__aarch64__)
+    asm volatile("yield");
+#endif
+}
+
+template <class Condition>
+bool spinUntil(const Condition &condition)
+{
+    for (int i = 0; i < looksBeforeSleep; ++i) {
+        if (condition()) {
+            return true;
+        }
+        pauseProcessor();
+    }
+    return condition();
+}
+
+// One call of runParallel(), on its caller's stack.
+struct Job {
+    Job(const std::function<void(int)> &function, int calls, int mostWorkers)
+        : work(function), count(calls), places(mostWorkers)
+    {
+    }
+
+    void takePart()
+    {
+        for (;;) {
+            const int index = next.fetch_add(1, std::memory_order_relaxed);
+            if (index >= count) {
+                return;
+            }
+            work(index);
+        }
+    }
+
+    const std::function<void(int)> &work;
+    const int count;
+    std::atomic<int> next{0};
+    // Workers that are in it. The one that leaves does not touch the job afterwards.
+    std::atomic<int> workers{0};
+    // Workers that may still come; guarded by the pool's mutex, as is the list.
+    int places;
+    Job *following = nullptr;
+};
+
+class Pool
+{
+public:
+    static Pool &instance();
+
+    void run(Job &job);
+
+private:
+    void grow(int needed);
+    void serve();
+    Job *openJob() const;
+    void close(const Job &job);
+
+    std::mutex m_mutex;
+    std::condition_variable m_jobCame;
+    std::condition_variable m_workersLeft;
+    Job *m_jobs = nullptr;
+    // Changes with every new job, for those who spin.
+    std::atomic<unsigned> m_jobNumber{0};
+    int m_workers = 0;
+    int m_placesOffered = 0;
+};
+
+// Never destroyed, and its threads are never joined: they sleep until the process has gone. The
+// library stays loaded (it is linked as undeletable), so their code does not vanish under them.
+Pool &Pool::instance()
+{
+    static auto &pool = *new Pool;
+    return pool;
+}
+
+void Pool::run(Job &job)
+{
+    const int places = job.places;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_placesOffered += places;
+        grow(std::min(m_placesOffered, std::max(places, usableProcessors())));
+        job.following = m_jobs;
+        m_jobs = &job;
+        m_jobNumber.fetch_add(1, std::memory_order_release);
+    }
+    if (places == 1) {
+        m_jobCame.notify_one();
+    } else {
+        m_jobCame.notify_all();
+    }
+    job.takePart();
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_placesOffered -= places;
+        close(job);
+    }
+    const auto allLeft = [&job] { return job.workers.load(std::memory_order_acquire) == 0; };
+    if (!spinUntil(allLeft)) {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_workersLeft.wait(lock, allLeft);
+    }
+}
+
+void Pool::grow(int needed)
+{
+    while (m_workers < needed) {
+        try {
+            std::thread([this] { serve(); }).detach();
+        } catch (const std::system_error &) {
+            return; // the caller works with those that there are
+        }
+        ++m_workers;
+    }
+}
+
+void Pool::serve()
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    for (;;) {
+        Job *job = openJob();
+        if (job == nullptr) {
+            const unsigned seen = m_jobNumber.load(std::memory_order_relaxed);
+            lock.unlock();
+            spinUntil([this, seen] { return m_jobNumber.load(std::memory_order_acquire) != seen; });
+            lock.lock();
+            m_jobCame.wait(lock, [this] { return openJob() != nullptr; });
+            continue;
+        }
+        --job->places;
+        job->workers.fetch_add(1, std::memory_order_relaxed);
+        lock.unlock();
+        job->takePart();
+        const bool isLast = job->workers.fetch_sub(1, std::memory_order_acq_rel) == 1;
+        lock.lock();
+        if (isLast) {
+            m_workersLeft.notify_all();
+        }
+    }
+}
+
+Job *Pool::openJob() const
+{
+    Job *job = m_jobs;
+    while (job != nullptr &&
+           (job->places == 0 || job->next.load(std::memory_order_relaxed) >= job->count)) {
+        job = job->following;
+    }
+    return job;
+}
+
+void Pool::close(const Job &job)
+{
+    Job **link = &m_jobs;
+    while (*link != &job) {
+        link = &(*link)->following;
+    }
+    *link = job.following;
+}
+
+} // namespace
+
+int usableProcessors()
+{
+    // Counted once: a pool does not shrink.
+    static const int count = [] {
+        cpu_set_t set;
+        CPU_ZERO(&set);
+        if (sched_getaffinity(0, sizeof set, &set) == 0) {
+            return std::max(1, CPU_COUNT(&set));
+        }
+        // More processors than the set has room for.
+        return std::max(1, int(std::thread::hardware_concurrency()));
+    }();
+    return count;
+}
+
+void runParallel(int threads, int count, const std::function<void(int)> &work)
+{
+    const int workers = std::min(threads, count) - 1;
+    if (workers < 1) {
+        for (int i = 0; i < count; ++i) {
+            work(i);
+        }
+        return;
+    }
+    Job job(work, count, workers);
+    Pool::instance().run(job);
+}
+
+} // namespace ko::imagefx::engine

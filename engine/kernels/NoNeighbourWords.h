@@ -1,0 +1,12 @@
+#undef lowp
+#undef mediump
+#undef highp
+#undef varying
+#undef uniform
+#undef sampler2D
+#undef vec2
+#undef vec4
+#undef x
+#undef y
+#undef rgb
+#undef main
