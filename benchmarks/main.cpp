@@ -1,5 +1,6 @@
 #include "benchmarks/FirstUseBenchmarks.h"
 #include "benchmarks/Fixture.h"
+#include "benchmarks/FrameBenchmarks.h"
 #include "benchmarks/Machine.h"
 #include "benchmarks/PassBenchmarks.h"
 #include "benchmarks/Results.h"
@@ -76,6 +77,7 @@ int run(const Options &options, const Machine &machine)
 {
     const Plan plan = makePlan(options.smoke);
     registerPassBenchmarks(plan);
+    registerFrameBenchmarks(plan);
     registerTransferBenchmarks(plan);
     registerFirstUseBenchmarks(plan);
     std::size_t count = 0;

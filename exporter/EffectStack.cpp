@@ -1,6 +1,7 @@
 #include "exporter/EffectStack.h"
 
 #include "exporter/ErrorCapture.h"
+#include "exporter/TableUrl.h"
 
 #include "imagefx/effects/BatchImageEffect.h"
 #include "imagefx/effects/LookupTableImageEffect.h"
@@ -8,10 +9,14 @@
 #include "imagefx/model/EffectRegistry.h"
 #include "imagefx/model/EffectStackReader.h"
 #include "imagefx/model/ImageEffect.h"
-#include "imagefx/render/ImageEffectState.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QJsonObject>
 #include <QtCore/QMetaEnum>
+#include <QtCore/QUrl>
+
+#include <algorithm>
+#include <iterator>
 
 namespace ko::exporter
 {
@@ -21,13 +26,14 @@ using imagefx::BatchImageEffect;
 using imagefx::EffectRegistry;
 using imagefx::EffectStackReader;
 using imagefx::ImageEffect;
-using imagefx::ImageEffectState;
 using imagefx::LookupTableImageEffect;
 
 namespace
 {
 
 const QString nestedKey = QStringLiteral("imageEffects");
+const QString tableKey = QStringLiteral("table");
+const QString tableEffect = QStringLiteral("ko.orvanto.imageeffect.LUT");
 
 QList<ImageEffect *> nestedEffects(const ImageEffect *effect)
 {
@@ -47,24 +53,42 @@ void destroy(const QList<ImageEffect *> &effects)
     }
 }
 
-// Whether a neutral effect shows is told from the blend mode of the update before, so one update is
-// not enough. A batch takes the states that its effects have at its own update.
-QSharedPointer<ImageEffectState> stateAtRest(ImageEffect *effect)
+// Whether a neutral effect shows is told from the blend mode of the update
+// before, so one update is not enough. A batch takes the states that its
+// effects have at its own update.
+void bringStateToRest(ImageEffect *effect)
 {
     const QList<ImageEffect *> nested = nestedEffects(effect);
     for (ImageEffect *inner : nested) {
-        stateAtRest(inner);
+        bringStateToRest(inner);
     }
     effect->currentState();
     Q_EMIT effect->updateRequired();
-    return effect->currentState();
+    effect->currentState();
 }
 
-// An effect without one keeps its default. What is not a number reads as 0, as with every property.
+// What the state of an effect says when it is at rest.
+bool showsAtRest(const ImageEffect *effect)
+{
+    constexpr float invisibleAlpha = 0.001F;
+    const bool invisible = !effect->enabled() || effect->alpha() <= invisibleAlpha;
+    return !invisible && (effect->blendMode() != ImageEffect::Normal || !effect->isNeutral());
+}
+
+// An effect without one keeps its default. What is not a number reads as 0, as
+// with every property.
 bool hasKnownBlendMode(const QJsonObject &effect)
 {
     const int value = effect.value(QLatin1String("blendMode")).toVariant().toInt();
     return QMetaEnum::fromType<ImageEffect::BlendMode>().valueToKey(value) != nullptr;
+}
+
+void resolveTable(QJsonObject *effect, const QString &folder)
+{
+    const QString table = effect->value(tableKey).toString();
+    if (!table.isEmpty() && effect->value(QLatin1String("effectId")).toString() == tableEffect) {
+        effect->insert(tableKey, tableUrl(table, folder).toString(QUrl::FullyEncoded));
+    }
 }
 
 } // namespace
@@ -74,10 +98,16 @@ EffectStack::~EffectStack()
     destroy(m_effects);
 }
 
-void EffectStack::read(const QJsonArray &array)
+void EffectStack::read(const QJsonArray &array, const QString &folder)
 {
+    read(array, folder, EffectRegistry::complete());
+}
+
+void EffectStack::read(const QJsonArray &array, const QString &folder,
+                       const EffectRegistry &registry)
+{
+    m_folder = folder;
     const ErrorCapture capture;
-    const EffectRegistry registry = EffectRegistry::complete();
     EffectStackReader reader(registry);
     m_effects = reader.readStack(drawableElements(array, QString()));
     const QStringList unknownIds = reader.unknownIds();
@@ -89,7 +119,8 @@ void EffectStack::read(const QJsonArray &array)
     checkLookupTables(m_effects);
 }
 
-// An effect whose blend mode does not exist has no program and would leave an empty picture.
+// An effect whose blend mode does not exist has no program and would leave an
+// empty picture.
 QJsonArray EffectStack::drawableElements(const QJsonArray &array, const QString &parent)
 {
     QJsonArray drawable;
@@ -105,13 +136,15 @@ QJsonArray EffectStack::drawableElements(const QJsonArray &array, const QString 
                 effect.insert(nestedKey, drawableElements(effect.value(nestedKey).toArray(),
                                                           place + QLatin1Char('.') + nestedKey));
             }
+            resolveTable(&effect, m_folder);
             drawable.append(effect);
         }
     }
     return drawable;
 }
 
-// An effect without its table is neutral, and the picture would silently lack it.
+// An effect without its table is neutral, and the picture would silently lack
+// it.
 void EffectStack::checkLookupTables(const QList<ImageEffect *> &effects)
 {
     for (const ImageEffect *effect : effects) {
@@ -127,12 +160,15 @@ void EffectStack::checkLookupTables(const QList<ImageEffect *> &effects)
 QList<ImageEffect *> EffectStack::visibleEffects() const
 {
     QList<ImageEffect *> visible;
-    for (ImageEffect *effect : m_effects) {
-        if (!stateAtRest(effect)->passDisabled()) {
-            visible.append(effect);
-        }
-    }
+    std::copy_if(m_effects.begin(), m_effects.end(), std::back_inserter(visible), showsAtRest);
     return visible;
+}
+
+void EffectStack::bringToRest() const
+{
+    for (ImageEffect *effect : m_effects) {
+        bringStateToRest(effect);
+    }
 }
 
 } // namespace ko::exporter

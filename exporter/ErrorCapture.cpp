@@ -1,8 +1,11 @@
 #include "exporter/ErrorCapture.h"
 
+#include <QtCore/QByteArray>
+
 #include <algorithm>
 #include <cstdio>
-#include <sys/mman.h>
+#include <fcntl.h>
+#include <mutex>
 #include <unistd.h>
 
 namespace ko::exporter
@@ -11,10 +14,10 @@ namespace ko::exporter
 namespace
 {
 
-// The real standard error while a capture lives, else -1.
+std::mutex mutex;
+int captures = 0;
+// The real standard error while it is captured, else -1.
 int savedError = -1;
-
-constexpr off_t captureLimit = 65536;
 
 void writeAll(int descriptor, const QByteArray &bytes)
 {
@@ -37,45 +40,37 @@ void reportLine(const QString &text)
     std::replace_if(
         line.begin(), line.end(), [](QChar c) { return c.category() == QChar::Other_Control; },
         QLatin1Char(' '));
+    const std::lock_guard<std::mutex> lock(mutex);
     writeAll(savedError >= 0 ? savedError : STDERR_FILENO, line.toLocal8Bit() + '\n');
 }
 
-ErrorCapture::ErrorCapture() : m_sink(memfd_create("captured", MFD_CLOEXEC))
+ErrorCapture::ErrorCapture()
 {
-    if (m_sink < 0) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (captures++ > 0) {
         return;
     }
     std::fflush(stderr);
-    savedError = dup(STDERR_FILENO);
-    if (savedError < 0 || dup2(m_sink, STDERR_FILENO) < 0) {
-        close(m_sink);
-        m_sink = -1;
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    savedError = nowhere < 0 ? -1 : fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0);
+    if (savedError >= 0) {
+        dup2(nowhere, STDERR_FILENO);
+    }
+    if (nowhere >= 0) {
+        close(nowhere);
     }
 }
 
 ErrorCapture::~ErrorCapture()
 {
-    if (m_sink < 0) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (--captures > 0 || savedError < 0) {
         return;
     }
     std::fflush(stderr);
     dup2(savedError, STDERR_FILENO);
     close(savedError);
     savedError = -1;
-    close(m_sink);
-}
-
-QByteArray ErrorCapture::text() const
-{
-    if (m_sink < 0) {
-        return {};
-    }
-    std::fflush(stderr);
-    const off_t size = std::min(lseek(m_sink, 0, SEEK_END), captureLimit);
-    QByteArray bytes(int(std::max<off_t>(size, 0)), '\0');
-    const ssize_t count = pread(m_sink, bytes.data(), size_t(bytes.size()), 0);
-    bytes.truncate(int(std::max<ssize_t>(count, 0)));
-    return bytes;
 }
 
 } // namespace ko::exporter

@@ -1,13 +1,15 @@
 #include "exporter/ImageExport.h"
 
 #include "exporter/EffectStack.h"
+#include "exporter/EngineChoice.h"
 #include "exporter/OffscreenGl.h"
+#include "exporter/PictureExport.h"
 #include "exporter/PictureRenderer.h"
-#include "exporter/SourcePicture.h"
-#include "exporter/StackFile.h"
-#include "exporter/TargetWriter.h"
+#include "exporter/ProcessorRenderer.h"
+#include "exporter/StackReading.h"
 
 #include <algorithm>
+#include <future>
 
 namespace ko::exporter
 {
@@ -15,17 +17,12 @@ namespace ko::exporter
 namespace
 {
 
-Outcome checkSize(const QString &path, const QSize &size, int largestSide)
+// Small enough for any OpenGL of today, and in memory. Should one have a lower limit, drawing
+// fails.
+bool isSurelyDrawable(const QSize &size)
 {
-    if (std::max(size.width(), size.height()) <= largestSide) {
-        return {};
-    }
-    return Failure{
-        ExitCode::PictureTooLarge,
-        QStringLiteral("the source %1 of %2 x %3 pixels is larger than OpenGL's limit of "
-                       "%4 x %4 here")
-            .arg(path, QString::number(size.width()), QString::number(size.height()),
-                 QString::number(largestSide))};
+    constexpr int side = 4096;
+    return !size.isEmpty() && std::max(size.width(), size.height()) <= side;
 }
 
 } // namespace
@@ -34,77 +31,72 @@ ImageExport::ImageExport(OffscreenGl &gl) : m_gl(gl) {}
 
 Outcome ImageExport::run(const ExportRequest &request)
 {
-    TargetWriter target(request.target);
-    SourcePicture source(request.source);
+    PictureExport picture(request.source, request.target, request.options);
     EffectStack stack;
-    if (Outcome failure = source.open()) {
+    if (Outcome failure = picture.open()) {
         return failure;
     }
-    if (Outcome failure = readStack(request, &stack)) {
+    if (Outcome failure = readStack(request.effects, request.options.strict, &stack, &m_warnings)) {
         return failure;
     }
-    if (Outcome failure = target.check()) {
+    if (Outcome failure = picture.checkTarget()) {
         return failure;
     }
-    QImage result;
-    if (stack.isEmpty()) {
-        if (Outcome failure = source.decode()) {
-            return failure;
-        }
-        result = source.image();
-    } else if (Outcome failure = draw(request, &source, stack, &result)) {
-        return failure;
-    }
-    Outcome failure = target.write(result, source.iccProfile());
-    m_warnings += target.warnings();
+    Outcome failure = drawAndSave(&picture, stack, request);
+    m_warnings += picture.warnings();
+    m_notes += picture.notes();
     return failure;
 }
 
-Outcome ImageExport::readStack(const ExportRequest &request, EffectStack *stack)
+Outcome ImageExport::drawAndSave(PictureExport *picture, const EffectStack &stack,
+                                 const ExportRequest &request)
 {
-    StackFile file(request.effects);
-    if (Outcome failure = file.read()) {
+    EngineChoice engine(request.options.engine, m_gl, stack, request.threads);
+    if (engine.asksGl()) {
+        if (Outcome failure = draw(picture, stack, &engine, request.effects)) {
+            return failure;
+        }
+        m_notes.append(engine.note());
+        return picture->save();
+    }
+    if (Outcome failure = engine.make(picture->source(), request.effects)) {
         return failure;
     }
-    stack->read(file.array());
-    const QStringList complaints = stack->complaints();
-    if (request.strict && !complaints.isEmpty()) {
-        return Failure{ExitCode::EffectsNotExact,
-                       QStringLiteral("the effects file %1 cannot be applied as it is: %2")
-                           .arg(request.effects, complaints.join(QStringLiteral("; ")))};
+    if (!engine.processor()->isIdle()) {
+        m_notes.append(engine.note());
     }
-    for (const QString &complaint : complaints) {
-        m_warnings.append(
-            QStringLiteral("%1: %2, so it is left out").arg(request.effects, complaint));
-    }
-    return {};
+    return picture->exportWith(*engine.processor());
 }
 
-Outcome ImageExport::draw(const ExportRequest &request, SourcePicture *source,
-                          const EffectStack &stack, QImage *result)
+// The context takes as long to start as most pictures to decode, so they do it at the same time.
+Outcome ImageExport::draw(PictureExport *picture, const EffectStack &stack, EngineChoice *engine,
+                          const QString &stackFile)
 {
-    if (Outcome failure = m_gl.start(request.source)) {
+    const bool started = isSurelyDrawable(picture->drawnSize());
+    std::future<Outcome> loaded;
+    if (started) {
+        loaded = std::async(std::launch::async, [picture] { return picture->load(); });
+    }
+    if (Outcome failure = engine->make(picture->source(), stackFile)) {
         return failure;
     }
-    const int largestSide = m_gl.largestSide();
-    if (Outcome failure = checkSize(request.source, source->storedSize(), largestSide)) {
-        return failure;
+    if (loaded.valid()) {
+        if (Outcome failure = loaded.get()) {
+            return failure;
+        }
     }
-    if (Outcome failure = source->decode()) {
-        return failure;
+    const ProcessorRenderer *processor = engine->processor();
+    picture->setLargestSide(processor == nullptr ? m_gl.largestSide() : 0);
+    if (!started) {
+        if (Outcome failure = picture->load()) {
+            return failure;
+        }
     }
-    if (Outcome failure = checkSize(request.source, source->image().size(), largestSide)) {
-        return failure;
+    if (processor != nullptr) {
+        return picture->render(*processor);
     }
-    const QList<imagefx::ImageEffect *> effects = stack.visibleEffects();
-    *result = effects.isEmpty() ? source->image() : renderPicture(source->image(), effects);
-    if (result->isNull()) {
-        return Failure{ExitCode::RenderingFailed,
-                       QStringLiteral("the source %1 cannot be drawn: OpenGL reports an error, "
-                                      "perhaps for lack of memory")
-                           .arg(request.source)};
-    }
-    return {};
+    PictureRenderer renderer;
+    return picture->render(renderer, stack);
 }
 
 } // namespace ko::exporter

@@ -1,31 +1,33 @@
 #pragma once
 
+#include "exporter/ExportOptions.h"
 #include "exporter/Failure.h"
 
-#include <QtCore/QByteArray>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
-#include <QtGui/QImage>
 
 namespace ko::exporter
 {
 
 class EffectStack;
+class EngineChoice;
 class OffscreenGl;
-class SourcePicture;
+class PictureExport;
 
 // One picture, one stack, one file.
 struct ExportRequest {
     QString source;
     QString target;
     QString effects;
-    // A stack with anything that would be left out is a failure.
-    bool strict = false;
+    // With `strict` a stack with anything that would be left out is a failure.
+    ExportOptions options;
+    // How many work on the picture, for an engine that lets one choose; at least 1.
+    int threads = 1;
 };
 
-// Draws a picture through its stack of effects as a live item shows it and writes the result. One
-// GL context may serve any number of exports, one after the other; it is started by the first that
-// has something to draw.
+// Draws a picture through its stack of effects as a live item shows it and
+// writes the result. One GL context may serve any number of exports, one after
+// the other; it is started by the first that needs it.
 class ImageExport
 {
 public:
@@ -34,16 +36,21 @@ public:
 
     // To be called once.
     Outcome run(const ExportRequest &request);
-    // What was left out, each with its file's name. The target is complete nevertheless.
+    // What was left out, each with its file's name. The target is complete
+    // nevertheless.
     QStringList warnings() const { return m_warnings; }
+    // What a user may like to know.
+    QStringList notes() const { return m_notes; }
 
 private:
-    Outcome readStack(const ExportRequest &request, EffectStack *stack);
-    Outcome draw(const ExportRequest &request, SourcePicture *source, const EffectStack &stack,
-                 QImage *result);
+    Outcome drawAndSave(PictureExport *picture, const EffectStack &stack,
+                        const ExportRequest &request);
+    Outcome draw(PictureExport *picture, const EffectStack &stack, EngineChoice *engine,
+                 const QString &stackFile);
 
     OffscreenGl &m_gl;
     QStringList m_warnings;
+    QStringList m_notes;
 };
 
 } // namespace ko::exporter

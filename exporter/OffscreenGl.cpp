@@ -128,4 +128,9 @@ int OffscreenGl::largestSide() const
     return std::min({texture, viewport[0], viewport[1]});
 }
 
+QByteArray OffscreenGl::renderer() const
+{
+    return reinterpret_cast<const char *>(m_context->functions()->glGetString(GL_RENDERER));
+}
+
 } // namespace ko::exporter

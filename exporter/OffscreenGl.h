@@ -29,6 +29,8 @@ public:
     Outcome start(const QString &picture);
     // The width and height up to which a picture can be drawn, in pixels. Only after start().
     int largestSide() const;
+    // What GL calls the device, or program, that draws. Only after start().
+    QByteArray renderer() const;
 
 private:
     Q_DISABLE_COPY(OffscreenGl)

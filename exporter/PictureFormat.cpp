@@ -7,6 +7,8 @@
 
 #include <QtCore/QFileInfo>
 
+#include <utility>
+
 namespace ko::exporter
 {
 
@@ -34,9 +36,13 @@ bool isTiff(const QByteArray &file)
 
 PictureFormat PictureFormat::ofFileName(const QString &path)
 {
-    const QString suffix = QFileInfo(path).suffix().toLower();
+    return ofSuffix(QFileInfo(path).suffix());
+}
+
+PictureFormat PictureFormat::ofSuffix(const QString &suffix)
+{
     for (const auto &known : suffixes) {
-        if (suffix == QLatin1String(known.suffix)) {
+        if (suffix.compare(QLatin1String(known.suffix), Qt::CaseInsensitive) == 0) {
             return PictureFormat(known.kind);
         }
     }
@@ -89,22 +95,17 @@ bool PictureFormat::holdsAlpha() const
     return m_kind != Jpeg && m_kind != Bmp;
 }
 
-int PictureFormat::quality() const
-{
-    return m_kind == Jpeg || m_kind == WebP ? 92 : -1;
-}
-
-EmbeddedData PictureFormat::embeddedData(const QByteArray &file) const
+EmbeddedData PictureFormat::takeData(QByteArray *file) const
 {
     switch (m_kind) {
     case Jpeg:
-        return readJpegContainer(file);
+        return readJpegContainer(*file);
     case Png:
-        return readPngContainer(file);
+        return takePngContainer(file);
     case WebP:
-        return readWebPContainer(file);
+        return readWebPContainer(*file);
     case Tiff:
-        return readTiffContainer(file);
+        return takeTiffContainer(file);
     case Bmp:
     case Unknown:
         break;
@@ -112,23 +113,28 @@ EmbeddedData PictureFormat::embeddedData(const QByteArray &file) const
     return {};
 }
 
-QByteArray PictureFormat::withProfile(const QByteArray &file, const QByteArray &iccProfile,
-                                      const QImage &image) const
+QByteArray PictureFormat::withData(QByteArray file, const EmbeddedData &data, const QImage &image,
+                                   QStringList *leftOut) const
 {
+    const bool any = !data.iccProfile.isEmpty() || !data.exif.isEmpty() || !data.xmp.isEmpty() ||
+                     !data.photoshop.isEmpty() || !data.comments.isEmpty();
+    if (!any) {
+        return file;
+    }
     switch (m_kind) {
     case Jpeg:
-        return jpegWithProfile(file, iccProfile);
+        return jpegWithData(std::move(file), data, leftOut);
     case Png:
-        return pngWithProfile(file, iccProfile);
+        return pngWithData(file, data);
     case WebP:
-        return webPWithProfile(file, iccProfile, image.size(), image.hasAlphaChannel());
+        return webPWithData(file, data, image.size(), image.hasAlphaChannel());
     case Tiff:
-        return tiffWithProfile(file, iccProfile);
+        return tiffWithData(file, data, leftOut);
     case Bmp:
     case Unknown:
         break;
     }
-    return {};
+    return file;
 }
 
 } // namespace ko::exporter

@@ -4,12 +4,14 @@
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 #include <QtGui/QImage>
 
 namespace ko::exporter
 {
 
-// One of the file formats that the exporter reads and writes, with what it can hold.
+// One of the file formats that the exporter reads and writes, with what it can
+// hold.
 class PictureFormat
 {
 public:
@@ -17,6 +19,7 @@ public:
 
     // By the suffix, in either case.
     static PictureFormat ofFileName(const QString &path);
+    static PictureFormat ofSuffix(const QString &suffix);
     // By the first bytes, whatever the file is called.
     static PictureFormat ofContent(const QByteArray &file);
     // The suffixes that ofFileName() knows, as a text for people.
@@ -27,14 +30,19 @@ public:
     // What QImageReader and QImageWriter call it.
     QByteArray qtName() const;
     bool holdsAlpha() const;
+    // 16 bits a channel.
+    bool holdsDeepChannels() const { return m_kind == Png || m_kind == Tiff; }
     bool holdsProfile() const { return m_kind != Bmp; }
-    // For QImageWriter; -1 is the codec's own default.
-    int quality() const;
+    // EXIF and XMP; IPTC too, but for WebP.
+    bool holdsMetadata() const { return m_kind != Bmp; }
 
-    EmbeddedData embeddedData(const QByteArray &file) const;
-    // The encoded file of `image` with the profile in it; empty when it cannot take the profile.
-    QByteArray withProfile(const QByteArray &file, const QByteArray &iccProfile,
-                           const QImage &image) const;
+    // What `file`, which may be changed in places that hold no pixels, carries
+    // beside its pixels.
+    EmbeddedData takeData(QByteArray *file) const;
+    // The encoded file of `image` with the data in it; what cannot be added is
+    // named in `leftOut`.
+    QByteArray withData(QByteArray file, const EmbeddedData &data, const QImage &image,
+                        QStringList *leftOut) const;
 
 private:
     explicit PictureFormat(Kind kind) : m_kind(kind) {}

@@ -1,13 +1,14 @@
 #include "exporter/PictureRenderer.h"
 
+#include "exporter/Premultiplication.h"
+
 #include "imagefx/render/ImageEffectRenderer.h"
 
 #include <QtGui/QOpenGLContext>
 #include <QtGui/QOpenGLFramebufferObject>
 #include <QtGui/QOpenGLFunctions>
-#include <QtGui/QPixelFormat>
 
-#include <algorithm>
+#include <utility>
 
 namespace ko::exporter
 {
@@ -15,104 +16,8 @@ namespace ko::exporter
 namespace
 {
 
-// The picture as a texture: unfiltered, so that each target pixel sees exactly its own texel.
-class PictureTexture
-{
-public:
-    // `pixels` has four bytes a pixel, so its rows are as GL expects them for any width.
-    explicit PictureTexture(const QImage &pixels)
-        : m_gl(QOpenGLContext::currentContext()->functions())
-    {
-        m_gl->glGenTextures(1, &m_id);
-        m_gl->glActiveTexture(GL_TEXTURE0);
-        m_gl->glBindTexture(GL_TEXTURE_2D, m_id);
-        m_gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
-        m_gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
-        m_gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-        m_gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
-        m_gl->glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, pixels.width(), pixels.height(), 0, GL_RGBA,
-                           GL_UNSIGNED_BYTE, pixels.constBits());
-    }
-    ~PictureTexture() { m_gl->glDeleteTextures(1, &m_id); }
-
-    GLuint id() const { return m_id; }
-
-private:
-    Q_DISABLE_COPY(PictureTexture)
-
-    QOpenGLFunctions *const m_gl;
-    GLuint m_id = 0;
-};
-
-// Rounded exactly, as Qt's own conversion is not: at low alpha every step counts.
-void premultiply(QImage *pixels)
-{
-    for (int y = 0; y < pixels->height(); ++y) {
-        uchar *pixel = pixels->scanLine(y);
-        for (int x = 0; x < pixels->width(); ++x, pixel += 4) {
-            const int alpha = pixel[3];
-            for (int channel = 0; channel < 3; ++channel) {
-                pixel[channel] = uchar((pixel[channel] * alpha + 127) / 255);
-            }
-        }
-    }
-}
-
-// Four bytes a pixel, premultiplied where there is an alpha channel.
-QImage uploadable(const QImage &picture)
-{
-    if (!picture.hasAlphaChannel()) {
-        return picture.convertToFormat(QImage::Format_RGBX8888);
-    }
-    if (picture.pixelFormat().premultiplied() == QPixelFormat::Premultiplied) {
-        return picture.convertToFormat(QImage::Format_RGBA8888_Premultiplied);
-    }
-    QImage pixels = picture.convertToFormat(QImage::Format_RGBA8888);
-    premultiply(&pixels);
-    return pixels;
-}
-
-// colour = premultiplied / alpha, rounded. An effect may have brightened the colour beyond its
-// alpha, which has no counterpart without premultiplication: it counts as 1.
-uchar unpremultiplied(int channel, int alpha)
-{
-    return uchar(std::min(255, (channel * 255 + alpha / 2) / alpha));
-}
-
-void unpremultiply(QImage *pixels)
-{
-    for (int y = 0; y < pixels->height(); ++y) {
-        uchar *pixel = pixels->scanLine(y);
-        for (int x = 0; x < pixels->width(); ++x, pixel += 4) {
-            const int alpha = pixel[3];
-            if (alpha == 255) {
-                continue;
-            }
-            for (int channel = 0; channel < 3; ++channel) {
-                pixel[channel] = alpha == 0 ? uchar(0) : unpremultiplied(pixel[channel], alpha);
-            }
-        }
-    }
-}
-
-QImage readBack(QOpenGLFramebufferObject *framebuffer, bool translucent)
-{
-    QImage pixels(framebuffer->size(),
-                  translucent ? QImage::Format_RGBA8888 : QImage::Format_RGBX8888);
-    if (pixels.isNull()) {
-        return {};
-    }
-    framebuffer->bind();
-    QOpenGLContext::currentContext()->functions()->glReadPixels(
-        0, 0, pixels.width(), pixels.height(), GL_RGBA, GL_UNSIGNED_BYTE, pixels.bits());
-    framebuffer->release();
-    if (translucent) {
-        unpremultiply(&pixels);
-    }
-    return pixels;
-}
-
-// A driver may report several errors, but not endlessly: a lost context never stops.
+// A driver may report several errors, but not endlessly: a lost context never
+// stops.
 bool takeErrors()
 {
     QOpenGLFunctions *gl = QOpenGLContext::currentContext()->functions();
@@ -123,29 +28,103 @@ bool takeErrors()
     return any;
 }
 
+// Whether memory counts more than time: then there are never more than two copies of the picture,
+// at the price that the system has to provide, and clear, their memory anew for each picture.
+bool isLarge(const QImage &picture)
+{
+    constexpr qint64 limit = 64 << 20;
+    return picture.sizeInBytes() > limit;
+}
+
+bool readBack(QOpenGLFramebufferObject *framebuffer, QImage *picture, bool translucent)
+{
+    if (picture->isNull()) {
+        return false;
+    }
+    framebuffer->bind();
+    QOpenGLContext::currentContext()->functions()->glReadPixels(
+        0, 0, picture->width(), picture->height(), GL_RGBA, GL_UNSIGNED_BYTE, picture->bits());
+    framebuffer->release();
+    if (translucent) {
+        unpremultiplyPixels(picture);
+    }
+    return true;
+}
+
+// A driver may hold the memory of a destroyed texture until the commands that named it are cleared
+// away, which the software renderer does when it needs the room for later ones.
+void forgetTextures()
+{
+    constexpr int enough = 8;
+    QOpenGLFunctions *gl = QOpenGLContext::currentContext()->functions();
+    QOpenGLFramebufferObject source(1, 1);
+    QOpenGLFramebufferObject target(1, 1);
+    for (int i = 0; i < enough; ++i) {
+        gl->glFinish();
+        imagefx::ImageEffectRenderer({}).render(source.texture(), &target);
+    }
+    gl->glFinish();
+}
+
 } // namespace
 
-QImage renderPicture(const QImage &picture, const QList<imagefx::ImageEffect *> &effects)
+PictureRenderer::PictureRenderer() = default;
+PictureRenderer::~PictureRenderer() = default;
+
+bool PictureRenderer::draw(QImage *picture, const QList<imagefx::ImageEffect *> &effects,
+                           float scale)
 {
     takeErrors();
-    QImage pixels = uploadable(picture);
-    if (pixels.isNull()) {
-        return {};
+    const bool translucent = picture->hasAlphaChannel();
+    *picture = premultipliedPixels(std::move(*picture));
+    if (picture->isNull()) {
+        return false;
     }
-    const PictureTexture texture(pixels);
-    pixels = QImage();
-    QOpenGLFramebufferObject framebuffer(picture.size());
-    if (!framebuffer.isValid() || takeErrors()) {
-        return {};
+    const bool large = isLarge(*picture);
+    const QSize size = picture->size();
+    const int dotsPerMeterX = picture->dotsPerMeterX();
+    const int dotsPerMeterY = picture->dotsPerMeterY();
+    if (!upload(*picture)) {
+        return false;
     }
-    imagefx::ImageEffectRenderer(effects).render(texture.id(), &framebuffer);
-    QImage result = readBack(&framebuffer, picture.hasAlphaChannel());
-    if (takeErrors()) {
-        return {};
+    if (large) {
+        *picture = QImage();
     }
-    result.setDotsPerMeterX(picture.dotsPerMeterX());
-    result.setDotsPerMeterY(picture.dotsPerMeterY());
-    return result;
+    if (!m_second) {
+        m_second = std::make_unique<QOpenGLFramebufferObject>(size);
+    }
+    if (!m_second->isValid()) {
+        return false;
+    }
+    imagefx::ImageEffectRenderer renderer(effects);
+    renderer.setRelativeScale(scale);
+    QOpenGLFramebufferObject *result = renderer.renderInPlace(m_first.get(), m_second.get());
+    if (large) {
+        (result == m_first.get() ? m_second : m_first).reset();
+        forgetTextures();
+        *picture = QImage(size, QImage::Format_RGBX8888);
+        picture->setDotsPerMeterX(dotsPerMeterX);
+        picture->setDotsPerMeterY(dotsPerMeterY);
+    }
+    return readBack(result, picture, translucent) && !takeErrors();
+}
+
+bool PictureRenderer::upload(const QImage &picture)
+{
+    if (!m_first || m_first->size() != picture.size()) {
+        m_first.reset();
+        m_second.reset();
+        m_first = std::make_unique<QOpenGLFramebufferObject>(picture.size());
+    }
+    if (!m_first->isValid() || takeErrors()) {
+        return false;
+    }
+    QOpenGLFunctions *gl = QOpenGLContext::currentContext()->functions();
+    gl->glActiveTexture(GL_TEXTURE0);
+    gl->glBindTexture(GL_TEXTURE_2D, m_first->texture());
+    gl->glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, picture.width(), picture.height(), GL_RGBA,
+                        GL_UNSIGNED_BYTE, picture.constBits());
+    return true;
 }
 
 } // namespace ko::exporter

@@ -1,7 +1,12 @@
 #include "exporter/TargetWriter.h"
 
 #include "exporter/ErrorCapture.h"
+#include "exporter/JpegCodec.h"
+#include "exporter/SignalPause.h"
+#include "exporter/containers/Exif.h"
 #include "exporter/containers/IccProfile.h"
+#include "exporter/containers/PhotoshopBlock.h"
+#include "exporter/containers/XmpPacket.h"
 
 #include <QtCore/QBuffer>
 #include <QtCore/QFileInfo>
@@ -10,16 +15,18 @@
 #include <QtGui/QPainter>
 #include <QtGui/QPixelFormat>
 
+#include <utility>
+
 namespace ko::exporter
 {
 
 namespace
 {
 
-QImage overWhite(const QImage &image)
+QImage over(const QColor &background, const QImage &image)
 {
     QImage opaque(image.size(), QImage::Format_RGB32);
-    opaque.fill(Qt::white);
+    opaque.fill(background);
     opaque.setDotsPerMeterX(image.dotsPerMeterX());
     opaque.setDotsPerMeterY(image.dotsPerMeterY());
     QPainter painter(&opaque);
@@ -27,7 +34,8 @@ QImage overWhite(const QImage &image)
     return opaque;
 }
 
-// Decoders refuse a file whose profile describes other channels than its pixels have.
+// Decoders refuse a file whose profile describes other channels than its pixels
+// have.
 QImage inRgb(const QImage &image)
 {
     if (image.pixelFormat().colorModel() == QPixelFormat::RGB) {
@@ -37,10 +45,30 @@ QImage inRgb(const QImage &image)
                                                          : QImage::Format_RGB32);
 }
 
+// A disk may take a part; only the next attempt tells why not more.
+bool writeAll(QSaveFile *target, const QByteArray &bytes)
+{
+    qint64 done = 0;
+    while (done < bytes.size()) {
+        const qint64 count = target->write(bytes.constData() + done, bytes.size() - done);
+        if (count <= 0) {
+            return false;
+        }
+        done += count;
+    }
+    return true;
+}
+
+PictureFormat chosenFormat(const QString &path, const QByteArray &format)
+{
+    return format.isEmpty() ? PictureFormat::ofFileName(path)
+                            : PictureFormat::ofSuffix(QString::fromLatin1(format));
+}
+
 } // namespace
 
-TargetWriter::TargetWriter(const QString &path)
-    : m_path(path), m_format(PictureFormat::ofFileName(path))
+TargetWriter::TargetWriter(const QString &path, const ExportOptions &options)
+    : m_path(path), m_options(options), m_format(chosenFormat(path, options.format))
 {
 }
 
@@ -56,6 +84,10 @@ Outcome TargetWriter::check() const
         return Failure{ExitCode::TargetWrite,
                        QStringLiteral("the target %1 is a folder").arg(m_path)};
     }
+    if (info.exists() && !info.isFile()) {
+        return Failure{ExitCode::TargetWrite,
+                       QStringLiteral("the target %1 is not a file").arg(m_path)};
+    }
     const QFileInfo folder(info.absolutePath());
     if (!folder.isDir()) {
         return Failure{ExitCode::TargetFolder,
@@ -68,26 +100,81 @@ Outcome TargetWriter::check() const
     return {};
 }
 
-Outcome TargetWriter::write(const QImage &image, const QByteArray &iccProfile)
+Outcome TargetWriter::write(const QImage &image, const EmbeddedData &data,
+                            const QMap<QString, QString> &texts)
 {
     if (Outcome failure = check()) {
         return failure;
     }
-    QByteArray profile = iccProfile;
-    const QImage picture = prepared(image, &profile);
+    EmbeddedData kept = keptData(data, image.size());
+    QImage picture = prepared(image, &kept.iccProfile);
+    if (m_format.kind() == PictureFormat::Png && m_options.keep == ExportOptions::Keep::All) {
+        for (auto text = texts.begin(); text != texts.end(); ++text) {
+            picture.setText(text.key(), text.value());
+        }
+    }
     QByteArray file;
-    if (Outcome failure = encode(picture, profile, &file)) {
+    const QString error = encode(picture, &file);
+    if (!error.isEmpty()) {
+        return unencodable(image.size(), error);
+    }
+    return save(withData(std::move(file), picture, kept));
+}
+
+// A profile of another kind decides by the pixels.
+bool TargetWriter::takesJpegRows(const EmbeddedData &data) const
+{
+    return m_format.kind() == PictureFormat::Jpeg &&
+           (keptProfile(data).isEmpty() || profileSpace(keptProfile(data)) == ProfileSpace::Rgb);
+}
+
+bool TargetWriter::takesGrayRows(const EmbeddedData &data) const
+{
+    return m_format.kind() == PictureFormat::Jpeg && keptProfile(data).isEmpty();
+}
+
+Outcome TargetWriter::writeJpeg(QByteArray file, const QSize &size, const EmbeddedData &data)
+{
+    if (Outcome failure = check()) {
         return failure;
     }
-    return save(file);
+    return save(withData(std::move(file), QImage(), keptData(data, size)));
+}
+
+Failure TargetWriter::unencodable(const QSize &size, const QString &error) const
+{
+    return {ExitCode::TargetWrite,
+            QStringLiteral("the target %1 of %2 x %3 pixels cannot be encoded: %4")
+                .arg(m_path, QString::number(size.width()), QString::number(size.height()), error)};
+}
+
+QByteArray TargetWriter::keptProfile(const EmbeddedData &data) const
+{
+    return m_options.keep != ExportOptions::Keep::None && m_format.holdsProfile() ? data.iccProfile
+                                                                                  : QByteArray();
+}
+
+EmbeddedData TargetWriter::keptData(const EmbeddedData &data, const QSize &size) const
+{
+    EmbeddedData kept;
+    kept.iccProfile = keptProfile(data);
+    if (m_options.keep == ExportOptions::Keep::All && m_format.holdsMetadata()) {
+        kept.exif = exifForPicture(data.exif, size);
+        kept.xmp = xmpForPicture(data.xmp, size);
+        kept.photoshop = photoshopWithoutThumbnail(data.photoshop);
+        kept.extendedXmp = data.extendedXmp;
+        kept.comments = data.comments;
+    }
+    return kept;
 }
 
 // Clears the profile where it cannot describe what is written.
 QImage TargetWriter::prepared(const QImage &image, QByteArray *iccProfile)
 {
-    QImage picture = image.hasAlphaChannel() && !m_format.holdsAlpha() ? overWhite(image) : image;
-    if (iccProfile->isEmpty() || !m_format.holdsProfile()) {
-        iccProfile->clear();
+    QImage picture = image.hasAlphaChannel() && !m_format.holdsAlpha()
+                         ? over(m_options.background, image)
+                         : image;
+    if (iccProfile->isEmpty()) {
         return picture;
     }
     const ProfileSpace space = profileSpace(*iccProfile);
@@ -106,35 +193,43 @@ QImage TargetWriter::prepared(const QImage &image, QByteArray *iccProfile)
     return picture;
 }
 
-Outcome TargetWriter::encode(const QImage &image, const QByteArray &iccProfile, QByteArray *file)
+QString TargetWriter::encode(const QImage &image, QByteArray *file) const
 {
+    if (m_format.kind() == PictureFormat::Jpeg) {
+        return encodeJpeg(image, m_options.quality, file);
+    }
     const ErrorCapture capture;
     QBuffer buffer(file);
     buffer.open(QIODevice::WriteOnly);
     QImageWriter writer(&buffer, m_format.qtName());
-    writer.setQuality(m_format.quality());
-    if (!writer.write(image)) {
-        return Failure{ExitCode::TargetWrite,
-                       QStringLiteral("the target %1 of %2 x %3 pixels cannot be encoded: %4")
-                           .arg(m_path, QString::number(image.width()),
-                                QString::number(image.height()), writer.errorString())};
+    if (m_format.kind() == PictureFormat::WebP) {
+        writer.setQuality(m_options.quality);
     }
-    buffer.close();
-    if (iccProfile.isEmpty()) {
-        return {};
+    return writer.write(image) ? QString() : writer.errorString();
+}
+
+QByteArray TargetWriter::withData(QByteArray file, const QImage &image, const EmbeddedData &data)
+{
+    QStringList leftOut;
+    if (m_format.kind() == PictureFormat::WebP && !iptcIn(data.photoshop).isEmpty()) {
+        leftOut.append(QStringLiteral("IPTC data"));
     }
-    const QByteArray profiled = m_format.withProfile(*file, iccProfile, image);
-    if (profiled.isEmpty()) {
-        return Failure{
-            ExitCode::TargetWrite,
-            QStringLiteral("the target %1 cannot hold the source's ICC profile").arg(m_path)};
+    if (m_format.kind() != PictureFormat::Jpeg && !data.extendedXmp.isEmpty()) {
+        leftOut.append(QStringLiteral("second part of its XMP data"));
     }
-    *file = profiled;
-    return {};
+    QByteArray result = m_format.withData(std::move(file), data, image, &leftOut);
+    for (const QString &kind : qAsConst(leftOut)) {
+        m_warnings.append(
+            QStringLiteral("the target %1 cannot hold the source's %2").arg(m_path, kind));
+    }
+    return result;
 }
 
 Outcome TargetWriter::save(const QByteArray &file) const
 {
+    // What is left to do takes milliseconds, and a file beside the target would
+    // stay.
+    const SignalPause pause;
     QSaveFile target(m_path);
     if (!target.open(QIODevice::WriteOnly)) {
         const bool exists = QFileInfo::exists(m_path);
@@ -142,7 +237,7 @@ Outcome TargetWriter::save(const QByteArray &file) const
                        QStringLiteral("the target %1 cannot be written: %2")
                            .arg(m_path, target.errorString())};
     }
-    if (target.write(file) != file.size() || !target.commit()) {
+    if (!writeAll(&target, file) || !target.commit()) {
         return Failure{ExitCode::TargetWrite, QStringLiteral("the target %1 cannot be written: %2")
                                                   .arg(m_path, target.errorString())};
     }

@@ -2,7 +2,9 @@
 
 #include <QtCore/QtEndian>
 
+#include <algorithm>
 #include <cstdlib>
+#include <limits>
 
 namespace ko::exporter
 {
@@ -13,6 +15,7 @@ namespace
 constexpr int fileHeader = 14;
 constexpr quint32 coreHeader = 12;
 constexpr int infoHeader = 40;
+constexpr qint64 largestSide = std::numeric_limits<int>::max();
 constexpr quint32 runLength8 = 1;
 constexpr quint32 runLength4 = 2;
 
@@ -29,6 +32,22 @@ qint64 pixelBytes(qint64 width, qint64 height, qint64 depth)
 }
 
 } // namespace
+
+// Rows from the top down have a negative height.
+QSize bmpSize(const QByteArray &file)
+{
+    if (file.size() < fileHeader + int(coreHeader)) {
+        return {};
+    }
+    if (numberAt<quint32>(file, fileHeader) == coreHeader) {
+        return {numberAt<quint16>(file, 18), numberAt<quint16>(file, 20)};
+    }
+    if (file.size() < fileHeader + infoHeader) {
+        return {};
+    }
+    const qint64 height = std::llabs(numberAt<qint32>(file, 22));
+    return {numberAt<qint32>(file, 18), int(std::min<qint64>(height, largestSide))};
+}
 
 bool isTruncatedBmp(const QByteArray &file)
 {

@@ -1,15 +1,27 @@
 #pragma once
 
 #include <QtCore/QByteArray>
+#include <QtCore/QList>
 
 namespace ko::exporter
 {
 
-// What a picture file carries beside its pixels, as raw bytes; empty where it has none.
+// What a picture file carries beside its pixels, as raw bytes; empty where it
+// has none. The bytes are taken over as they are, so nothing that we do not
+// understand gets lost.
 struct EmbeddedData {
     QByteArray iccProfile;
-    // A TIFF structure, perhaps behind the six bytes "Exif\0\0".
+    // A TIFF structure.
     QByteArray exif;
+    // An XMP packet.
+    QByteArray xmp;
+    // Photoshop's image resources, of which one is the IPTC data.
+    QByteArray photoshop;
+
+    // Only JPEG holds these. Parts of a large XMP packet, each with its header,
+    // and comments.
+    QList<QByteArray> extendedXmp;
+    QList<QByteArray> comments;
 };
 
 } // namespace ko::exporter

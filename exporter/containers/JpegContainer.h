@@ -2,13 +2,17 @@
 
 #include "exporter/containers/EmbeddedData.h"
 
+#include <QtCore/QStringList>
+
 namespace ko::exporter
 {
 
-// Both take any bytes: what is no JPEG, or ends early, gives what could be found until there.
+// Takes any bytes: what is no JPEG, or ends early, gives what could be found
+// until there.
 EmbeddedData readJpegContainer(const QByteArray &file);
-// The file with the profile in front of everything but its JFIF header; empty when the profile is
-// larger than the 16 MB that JPEG can hold.
-QByteArray jpegWithProfile(const QByteArray &file, const QByteArray &iccProfile);
+// The file with the data in front of everything but its JFIF header. What is
+// larger than JPEG can hold (64 KB of EXIF or XMP, 16 MB of a profile) is left
+// out and named in `leftOut`.
+QByteArray jpegWithData(QByteArray file, const EmbeddedData &data, QStringList *leftOut);
 
 } // namespace ko::exporter

@@ -1,6 +1,11 @@
 #include "exporter/containers/TiffContainer.h"
 
+#include "exporter/containers/PhotoshopBlock.h"
+#include "exporter/containers/TiffDirectory.h"
+
 #include <exiv2/exiv2.hpp>
+
+#include <mutex>
 
 namespace ko::exporter
 {
@@ -8,16 +13,140 @@ namespace ko::exporter
 namespace
 {
 
+enum Tag : quint16 {
+    xmpPacket = 700,
+    xmpStandIn = 701,
+    iptcData = 33723,
+    photoshopResources = 34377,
+    iccProfile = 34675,
+    hiddenTag = 0xfffe,
+};
+
 const Exiv2::byte *bytesOf(const QByteArray &array)
 {
     return reinterpret_cast<const Exiv2::byte *>(array.constData());
 }
 
-Exiv2::Image::AutoPtr openTiff(const QByteArray &file)
+// Exiv2 prints what it thinks of a file, and starts its XMP part at first use,
+// on any thread.
+void startExiv2()
 {
-    Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(bytesOf(file), long(file.size()));
-    image->readMetadata();
-    return image;
+    static std::once_flag once;
+    std::call_once(once, [] {
+        Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
+        static std::recursive_mutex mutex;
+        Exiv2::XmpParser::initialize(
+            [](void *data, bool lock) {
+                auto *shared = static_cast<std::recursive_mutex *>(data);
+                lock ? shared->lock() : shared->unlock();
+            },
+            &mutex);
+    });
+}
+
+QByteArray takeContent(TiffBytes *tiff, quint32 directory, quint16 tag)
+{
+    const std::optional<quint32> entry = tiff->findEntry(directory, tag);
+    if (!entry) {
+        return {};
+    }
+    QByteArray content = tiff->content(*entry);
+    tiff->renameEntry(directory, tag, hiddenTag);
+    return content;
+}
+
+// Takes out what Exiv2 would parse on the way, XMP above all: its parser goes
+// as deep as the packet.
+EmbeddedData takeRawData(QByteArray *bytes)
+{
+    EmbeddedData data;
+    TiffBytes tiff(*bytes);
+    if (const std::optional<quint32> directory = tiff.firstDirectory()) {
+        data.iccProfile = takeContent(&tiff, *directory, iccProfile);
+        data.xmp = takeContent(&tiff, *directory, xmpPacket);
+        const QByteArray iptc = takeContent(&tiff, *directory, iptcData);
+        data.photoshop = takeContent(&tiff, *directory, photoshopResources);
+        if (iptcIn(data.photoshop).isEmpty()) {
+            data.photoshop += photoshopWithIptc(iptc);
+        }
+    }
+    return data;
+}
+
+// Tags that describe how the pixels of this one file are stored.
+bool describesStorage(const Exiv2::Exifdatum &datum)
+{
+    switch (datum.tag()) {
+    case 0x00fe:    // new subfile type
+    case 0x00ff:    // subfile type
+    case 0x0100:    // width
+    case 0x0101:    // height
+    case 0x0102:    // bits a sample
+    case 0x0103:    // compression
+    case 0x0106:    // photometric interpretation
+    case 0x010a:    // fill order
+    case 0x0111:    // strip positions
+    case 0x0112:    // orientation
+    case 0x0115:    // samples a pixel
+    case 0x0116:    // rows a strip
+    case 0x0117:    // strip sizes
+    case 0x011c:    // planar configuration
+    case 0x013d:    // predictor
+    case 0x0140:    // colour map
+    case 0x0142:    // tile width
+    case 0x0143:    // tile height
+    case 0x0144:    // tile positions
+    case 0x0145:    // tile sizes
+    case 0x014a:    // further directories
+    case 0x0152:    // extra samples
+    case 0x0153:    // sample format
+    case 0x015b:    // JPEG tables
+    case 0x0211:    // chroma coefficients
+    case 0x0212:    // chroma subsampling
+    case 0x0213:    // chroma position
+    case 0x0214:    // reference black and white
+    case hiddenTag: // what takeRawData() hid
+        return true;
+    default:
+        return false;
+    }
+}
+
+// What is worth to be carried over: no thumbnails and further pages, nothing
+// about storage.
+bool isCarried(const Exiv2::Exifdatum &datum)
+{
+    const std::string group = datum.groupName();
+    if (group == "Image") {
+        return !describesStorage(datum);
+    }
+    return group != "Thumbnail" && group.compare(0, 8, "SubImage") != 0 &&
+           group.compare(0, 5, "Image") != 0;
+}
+
+Exiv2::ExifData carried(const Exiv2::ExifData &all)
+{
+    Exiv2::ExifData kept;
+    for (const Exiv2::Exifdatum &datum : all) {
+        if (isCarried(datum)) {
+            kept.add(datum);
+        }
+    }
+    return kept;
+}
+
+QByteArray exifBlock(const QByteArray &file)
+{
+    Exiv2::ExifData all;
+    const Exiv2::ByteOrder order =
+        Exiv2::ExifParser::decode(all, bytesOf(file), uint32_t(file.size()));
+    const Exiv2::ExifData kept = carried(all);
+    if (kept.empty() || order == Exiv2::invalidByteOrder) {
+        return {};
+    }
+    Exiv2::Blob blob;
+    Exiv2::ExifParser::encode(blob, order, kept);
+    return QByteArray(reinterpret_cast<const char *>(blob.data()), int(blob.size()));
 }
 
 QByteArray contentOf(Exiv2::BasicIo &io)
@@ -29,33 +158,104 @@ QByteArray contentOf(Exiv2::BasicIo &io)
     return count == content.size() ? content : QByteArray();
 }
 
+void addExif(Exiv2::Image *image, const QByteArray &exif, QStringList *leftOut)
+{
+    if (exif.isEmpty()) {
+        return;
+    }
+    QByteArray block = exif;
+    takeRawData(&block);
+    Exiv2::ExifData all;
+    try {
+        Exiv2::ExifParser::decode(all, bytesOf(block), uint32_t(block.size()));
+    } catch (const std::exception &) {
+        all.clear();
+    }
+    const Exiv2::ExifData kept = carried(all);
+    if (kept.empty()) {
+        leftOut->append(QStringLiteral("EXIF data"));
+    }
+    Exiv2::ExifData &exifData = image->exifData();
+    for (const Exiv2::Exifdatum &datum : kept) {
+        const auto old = exifData.findKey(Exiv2::ExifKey(datum.key()));
+        if (old != exifData.end()) {
+            exifData.erase(old);
+        }
+    }
+    for (const Exiv2::Exifdatum &datum : kept) {
+        exifData.add(datum);
+    }
+}
+
+void addPhotoshop(Exiv2::Image *image, const QByteArray &photoshop, QStringList *leftOut)
+{
+    if (photoshop.isEmpty()) {
+        return;
+    }
+    Exiv2::DataValue value(Exiv2::unsignedByte);
+    value.read(bytesOf(photoshop), photoshop.size());
+    image->exifData().add(Exiv2::ExifKey("Exif.Image.ImageResources"), &value);
+    const QByteArray iptc = iptcIn(photoshop);
+    if (!iptc.isEmpty() &&
+        Exiv2::IptcParser::decode(image->iptcData(), bytesOf(iptc), uint32_t(iptc.size())) != 0) {
+        leftOut->append(QStringLiteral("IPTC data"));
+    }
+}
+
+// Exiv2 would parse a packet that it knows to be one, so it comes under the next number, which
+// nobody uses, and gets its own afterwards.
+void addXmp(Exiv2::Image *image, const QByteArray &xmp)
+{
+    if (!xmp.isEmpty()) {
+        Exiv2::DataValue value(Exiv2::unsignedByte);
+        value.read(bytesOf(xmp), xmp.size());
+        image->exifData().add(Exiv2::ExifKey(xmpStandIn, "Image"), &value);
+    }
+}
+
 } // namespace
 
-EmbeddedData readTiffContainer(const QByteArray &file)
+EmbeddedData takeTiffContainer(QByteArray *file)
 {
-    EmbeddedData data;
+    startExiv2();
+    EmbeddedData data = takeRawData(file);
     try {
-        const Exiv2::Image::AutoPtr image = openTiff(file);
-        const Exiv2::DataBuf *profile = image->iccProfile();
-        data.iccProfile =
-            QByteArray(reinterpret_cast<const char *>(profile->pData_), int(profile->size_));
+        data.exif = exifBlock(*file);
     } catch (const std::exception &) {
-        return {};
+        data.exif.clear();
     }
     return data;
 }
 
-QByteArray tiffWithProfile(const QByteArray &file, const QByteArray &iccProfile)
+QByteArray tiffWithData(const QByteArray &file, const EmbeddedData &data, QStringList *leftOut)
 {
+    startExiv2();
+    const bool hasOnlyProfile =
+        data.exif.isEmpty() && data.xmp.isEmpty() && data.photoshop.isEmpty();
+    EmbeddedData onlyProfile;
+    onlyProfile.iccProfile = data.iccProfile;
     try {
-        const Exiv2::Image::AutoPtr image = openTiff(file);
-        Exiv2::DataBuf profile(bytesOf(iccProfile), long(iccProfile.size()));
-        image->setIccProfile(profile, false);
+        const Exiv2::Image::AutoPtr image =
+            Exiv2::ImageFactory::open(bytesOf(file), long(file.size()));
+        image->readMetadata();
+        if (!data.iccProfile.isEmpty()) {
+            Exiv2::DataBuf profile(bytesOf(data.iccProfile), long(data.iccProfile.size()));
+            image->setIccProfile(profile, false);
+        }
+        addExif(image.get(), data.exif, leftOut);
+        addPhotoshop(image.get(), data.photoshop, leftOut);
+        addXmp(image.get(), data.xmp);
         image->writeMetadata();
-        return contentOf(image->io());
+        QByteArray result = contentOf(image->io());
+        if (!result.isEmpty()) {
+            TiffBytes tiff(result);
+            tiff.renameEntry(tiff.firstDirectory().value_or(0), xmpStandIn, xmpPacket);
+            return result;
+        }
     } catch (const std::exception &) {
-        return {};
     }
+    leftOut->append(hasOnlyProfile ? QStringLiteral("ICC profile") : QStringLiteral("metadata"));
+    return hasOnlyProfile ? file : tiffWithData(file, onlyProfile, leftOut);
 }
 
 } // namespace ko::exporter

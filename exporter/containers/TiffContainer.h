@@ -2,13 +2,17 @@
 
 #include "exporter/containers/EmbeddedData.h"
 
+#include <QtCore/QStringList>
+
 namespace ko::exporter
 {
 
-// The profile of the file's first picture; no EXIF block, since in TIFF those tags are the file's
-// own. Nothing for bytes that are no TIFF, and for BigTIFF.
-EmbeddedData readTiffContainer(const QByteArray &file);
-// Empty when the file cannot be read.
-QByteArray tiffWithProfile(const QByteArray &file, const QByteArray &iccProfile);
+// What belongs to the first picture of the file, which is changed where it is
+// and of no use afterwards. TIFF keeps EXIF among its own tags: they are put
+// together as a block. Nothing for bytes that are no TIFF, and for BigTIFF.
+EmbeddedData takeTiffContainer(QByteArray *file);
+// The file, as QImageWriter made it, with the data; what cannot be added is
+// named in `leftOut`.
+QByteArray tiffWithData(const QByteArray &file, const EmbeddedData &data, QStringList *leftOut);
 
 } // namespace ko::exporter

@@ -1,5 +1,7 @@
 #include "exporter/containers/WebPContainer.h"
 
+#include "exporter/containers/Exif.h"
+
 #include <QtCore/QtEndian>
 
 namespace ko::exporter
@@ -13,6 +15,8 @@ constexpr int chunkHeader = 8; // type, size
 constexpr int extendedSize = 10;
 constexpr char profileFlag = 0x20;
 constexpr char alphaFlag = 0x10;
+constexpr char exifFlag = 0x08;
+constexpr char xmpFlag = 0x04;
 
 QByteArray littleEndian(quint32 value, int size)
 {
@@ -21,8 +25,13 @@ QByteArray littleEndian(quint32 value, int size)
     return bytes.left(size);
 }
 
-QByteArray chunk(const char *type, const QByteArray &content)
+// Nothing for no content. A chunk's flag tells that it is there.
+QByteArray chunk(const char *type, const QByteArray &content, char flag, char *flags)
 {
+    if (content.isEmpty()) {
+        return {};
+    }
+    *flags = char(*flags | flag);
     const QByteArray padding(content.size() % 2, '\0');
     return type + littleEndian(quint32(content.size()), 4) + content + padding;
 }
@@ -43,7 +52,9 @@ EmbeddedData readWebPContainer(const QByteArray &file)
         if (type == "ICCP") {
             data.iccProfile = file.mid(position, int(length));
         } else if (type == "EXIF") {
-            data.exif = file.mid(position, int(length));
+            data.exif = withoutExifPrefix(file.mid(position, int(length)));
+        } else if (type == "XMP ") {
+            data.xmp = file.mid(position, int(length));
         }
         position += int(length);
         position += int(length % 2);
@@ -51,23 +62,29 @@ EmbeddedData readWebPContainer(const QByteArray &file)
     return data;
 }
 
-// The extended header (flags, three zeros, width and height less one in 24 bits) comes first, the
-// profile directly behind it.
-QByteArray webPWithProfile(const QByteArray &file, const QByteArray &iccProfile, const QSize &size,
-                           bool hasAlpha)
+// The extended header (flags, three zeros, width and height less one in 24
+// bits) comes first, the profile directly behind it, the pixels, and then the
+// rest.
+QByteArray webPWithData(const QByteArray &file, const EmbeddedData &data, const QSize &size,
+                        bool hasAlpha)
 {
     QByteArray header;
-    QByteArray rest = file.mid(riffHeader);
-    if (rest.startsWith("VP8X")) {
-        header = rest.mid(chunkHeader, extendedSize);
-        rest = rest.mid(chunkHeader + extendedSize);
+    QByteArray pixels = file.mid(riffHeader);
+    if (pixels.startsWith("VP8X")) {
+        header = pixels.mid(chunkHeader, extendedSize);
+        pixels = pixels.mid(chunkHeader + extendedSize);
     } else {
         header = QByteArray(4, '\0') + littleEndian(quint32(size.width() - 1), 3) +
                  littleEndian(quint32(size.height() - 1), 3);
         header[0] = hasAlpha ? alphaFlag : char(0);
     }
-    header[0] = char(header.at(0) | profileFlag);
-    const QByteArray body = "WEBP" + chunk("VP8X", header) + chunk("ICCP", iccProfile) + rest;
+    char flags = header.at(0);
+    const QByteArray profile = chunk("ICCP", data.iccProfile, profileFlag, &flags);
+    const QByteArray exif = chunk("EXIF", data.exif, exifFlag, &flags);
+    const QByteArray xmp = chunk("XMP ", data.xmp, xmpFlag, &flags);
+    header[0] = flags;
+    const QByteArray body =
+        "WEBP" + chunk("VP8X", header, 0, &flags) + profile + pixels + exif + xmp;
     return "RIFF" + littleEndian(quint32(body.size()), 4) + body;
 }
 

@@ -41,8 +41,16 @@ QByteArray encode(const QImage &image, const char *format)
     return file;
 }
 
+bool hasExif(const PictureFile &embedded)
+{
+    return embedded.orientation != 0 || !embedded.exif.isEmpty();
+}
+
 QByteArray exifBlock(const PictureFile &embedded)
 {
+    if (!embedded.exif.isEmpty()) {
+        return embedded.exif;
+    }
     const auto orientation = quint16(embedded.orientation);
     if (embedded.bigEndianExif) {
         return "MM" + bigEndian<quint16>(42) + bigEndian<quint32>(8) + bigEndian<quint16>(1) +
@@ -64,7 +72,7 @@ QByteArray encodeJpeg(const QImage &image, const PictureFile &embedded)
 {
     constexpr int chunkSize = 60000;
     QByteArray segments;
-    if (embedded.orientation != 0) {
+    if (hasExif(embedded)) {
         segments += jpegSegment(0xe1, QByteArray("Exif\0\0", 6) + exifBlock(embedded));
     }
     const int count = (embedded.iccProfile.size() + chunkSize - 1) / chunkSize;
@@ -72,6 +80,13 @@ QByteArray encodeJpeg(const QImage &image, const PictureFile &embedded)
     for (int i = count; i > 0; --i) {
         segments += jpegSegment(0xe2, QByteArray("ICC_PROFILE\0", 12) + char(i) + char(count) +
                                           embedded.iccProfile.mid((i - 1) * chunkSize, chunkSize));
+    }
+    if (!embedded.xmp.isEmpty()) {
+        segments +=
+            jpegSegment(0xe1, QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) + embedded.xmp);
+    }
+    if (!embedded.photoshop.isEmpty()) {
+        segments += jpegSegment(0xed, QByteArray("Photoshop 3.0\0", 14) + embedded.photoshop);
     }
     const QByteArray file = encode(image, "jpeg");
     return file.left(2) + segments + file.mid(2);
@@ -101,8 +116,17 @@ QByteArray encodePng(const QImage &image, const PictureFile &embedded)
     if (!embedded.iccProfile.isEmpty()) {
         chunks += pngChunk("iCCP", QByteArray("a\0\0", 3) + qCompress(embedded.iccProfile).mid(4));
     }
-    if (embedded.orientation != 0) {
+    if (hasExif(embedded)) {
         chunks += pngChunk("eXIf", exifBlock(embedded));
+    }
+    if (!embedded.xmp.isEmpty()) {
+        chunks += pngChunk("iTXt", QByteArray("XML:com.adobe.xmp\0\0\0\0\0", 22) + embedded.xmp);
+    }
+    if (!embedded.photoshop.isEmpty()) {
+        const QByteArray text = "\niptc\n" + QByteArray::number(embedded.photoshop.size()) + '\n' +
+                                embedded.photoshop.toHex();
+        chunks +=
+            pngChunk("zTXt", QByteArray("Raw profile type iptc\0\0", 23) + qCompress(text).mid(4));
     }
     const QByteArray file = encode(image, "png");
     return file.left(headerEnd) + chunks + file.mid(headerEnd);
@@ -123,9 +147,13 @@ QByteArray encodeWebP(const QImage &image, const PictureFile &embedded)
         header[0] = char(header.at(0) | 0x20);
         profile = riffChunk("ICCP", embedded.iccProfile);
     }
-    if (embedded.orientation != 0) {
+    if (hasExif(embedded)) {
         header[0] = char(header.at(0) | 0x08);
         exif = riffChunk("EXIF", exifBlock(embedded));
+    }
+    if (!embedded.xmp.isEmpty()) {
+        header[0] = char(header.at(0) | 0x04);
+        exif += riffChunk("XMP ", embedded.xmp);
     }
     header += littleEndian(quint32(image.width() - 1)).left(3);
     header += littleEndian(quint32(image.height() - 1)).left(3);
@@ -214,14 +242,25 @@ QByteArray profileInTiff(const QByteArray &file)
 
 QByteArray encodeTiff(const QImage &image, const PictureFile &embedded)
 {
+    constexpr quint16 byteType = 1;
     constexpr quint16 shortType = 3;
     constexpr quint16 longType = 4;
     constexpr quint16 undefinedType = 7;
-    const bool profiled = !embedded.iccProfile.isEmpty();
-    const int entries = 9 + (embedded.orientation != 0 ? 1 : 0) + (profiled ? 1 : 0);
+    const struct {
+        quint16 tag;
+        quint16 type;
+        QByteArray bytes;
+    } blocks[] = {{700, byteType, embedded.xmp},
+                  {34377, byteType, embedded.photoshop},
+                  {34675, undefinedType, embedded.iccProfile}};
+    int entries = 9 + (embedded.orientation != 0 ? 1 : 0);
+    int blockBytes = 0;
+    for (const auto &block : blocks) {
+        entries += block.bytes.isEmpty() ? 0 : 1;
+        blockBytes += block.bytes.size();
+    }
     const int depthAt = 8 + 2 + 12 * entries + 4;
-    const int profileAt = depthAt + 6;
-    const int pixelsAt = (profileAt + embedded.iccProfile.size() + 1) / 2 * 2;
+    const int pixelsAt = (depthAt + 6 + blockBytes + 1) / 2 * 2;
 
     QByteArray pixels;
     const QImage rgb = image.convertToFormat(QImage::Format_RGB888);
@@ -241,14 +280,20 @@ QByteArray encodeTiff(const QImage &image, const PictureFile &embedded)
     file += tiffEntry(277, shortType, 1, 3) + // samples a pixel
             tiffEntry(278, longType, 1, image.height()) +
             tiffEntry(279, longType, 1, pixels.size());
-    if (profiled) {
-        file += tiffEntry(34675, undefinedType, embedded.iccProfile.size(), profileAt);
+    int blockAt = depthAt + 6;
+    for (const auto &block : blocks) {
+        if (!block.bytes.isEmpty()) {
+            file += tiffEntry(block.tag, block.type, block.bytes.size(), blockAt);
+            blockAt += block.bytes.size();
+        }
     }
     file += littleEndian<quint32>(0);
     for (int i = 0; i < 3; ++i) {
         file += littleEndian<quint16>(8);
     }
-    file += embedded.iccProfile;
+    for (const auto &block : blocks) {
+        file += block.bytes;
+    }
     file += QByteArray(pixelsAt - file.size(), '\0');
     return file + pixels;
 }

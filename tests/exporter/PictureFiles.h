@@ -4,13 +4,18 @@
 #include <QtCore/QString>
 #include <QtGui/QImage>
 
-// Picture files with profile and orientation, put together and taken apart byte by byte, so that
-// the tests do not depend on what the tool uses for it. Formats are "jpg", "png", "webp" and "tif".
+// Picture files with profile, orientation and more, put together and taken apart byte by byte, so
+// that the tests do not depend on what the tool uses for it. Formats are "jpg", "png", "webp" and
+// "tif".
 
 struct PictureFile {
     QByteArray iccProfile; // empty: none
     int orientation = 0;   // EXIF's 1 to 8; 0: none
     bool bigEndianExif = false;
+    QByteArray exif =
+        {}; // a whole block, in place of one with nothing but the orientation; not in TIFF
+    QByteArray xmp = {};
+    QByteArray photoshop = {}; // image resources; not in WebP
 };
 
 // Lossless but for JPEG. `image` must be opaque.

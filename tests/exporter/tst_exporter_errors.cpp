@@ -11,6 +11,7 @@ namespace
 
 const QString sourcePng = QStringLiteral("source.png");
 const QString targetPng = QStringLiteral("target.png");
+const QString byGl = QStringLiteral("--engine=gl");
 const QByteArray older("an older target");
 
 enum Code {
@@ -115,7 +116,7 @@ void tst_exporter_errors::wrongArguments_data()
     QTest::newRow("no source") << QStringList{target, effects} << QByteArray("--source");
     QTest::newRow("no target") << QStringList{source, effects} << QByteArray("--target");
     QTest::newRow("no effects") << QStringList{source, target} << QByteArray("--effects");
-    QTest::newRow("unknown option") << with("--quality=3") << QByteArray("--quality=3");
+    QTest::newRow("unknown option") << with("--colour=3") << QByteArray("--colour=3");
     QTest::newRow("abbreviated option") << with("--sour=x") << QByteArray("--sour=x");
     QTest::newRow("unknown short option") << with("-v") << QByteArray("-v");
     QTest::newRow("stray argument") << with("d.png") << QByteArray("d.png");
@@ -342,7 +343,7 @@ void tst_exporter_errors::noOpenGlDriver()
     const Workshop workshop;
     workshop.write(sourcePng, noise(QSize(3, 3), QImage::Format_RGB32));
     workshop.write(targetPng, older);
-    const ToolRun run = workshop.run(sourcePng, targetPng, drawnStack(), {}, withoutGl());
+    const ToolRun run = workshop.run(sourcePng, targetPng, drawnStack(), {byGl}, withoutGl());
     VERIFY_FAILURE(run, noOpenGl, "source.png");
     QCOMPARE(workshop.read(targetPng), older);
 }
@@ -352,7 +353,7 @@ void tst_exporter_errors::platformFromTheEnvironmentIsIgnored()
     const Workshop workshop;
     workshop.write(sourcePng, noise(QSize(3, 3), QImage::Format_RGB32));
     const ToolRun run =
-        workshop.run(sourcePng, targetPng, drawnStack(), {},
+        workshop.run(sourcePng, targetPng, drawnStack(), {byGl},
                      {{QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("minimal")},
                       {QStringLiteral("DISPLAY"), QString()}});
     QCOMPARE(run.errors, QByteArray());
@@ -367,7 +368,7 @@ void tst_exporter_errors::pictureBeyondTheTextureLimit()
     const Workshop workshop;
     workshop.write(sourcePng, image);
     workshop.write(targetPng, older);
-    const ToolRun run = workshop.run(sourcePng, targetPng, drawnStack());
+    const ToolRun run = workshop.run(sourcePng, targetPng, drawnStack(), {byGl});
     VERIFY_FAILURE(run, pictureTooLarge, "source.png of 100000 x 1 pixels");
     QCOMPARE(workshop.read(targetPng), older);
 
@@ -377,12 +378,13 @@ void tst_exporter_errors::pictureBeyondTheTextureLimit()
     image = QImage(1, limit, QImage::Format_RGB32);
     image.fill(Qt::green);
     workshop.write(sourcePng, image);
-    QCOMPARE(workshop.run(sourcePng, targetPng, drawnStack()).exitCode, 0);
+    QCOMPARE(workshop.run(sourcePng, targetPng, drawnStack(), {byGl}).exitCode, 0);
     image.fill(Qt::red);
     QCOMPARE(difference(workshop.readPicture(targetPng), image), QString());
 
     workshop.write(sourcePng, QImage(1, limit + 1, QImage::Format_Grayscale8));
-    VERIFY_FAILURE(workshop.run(sourcePng, targetPng, drawnStack()), pictureTooLarge, "source.png");
+    VERIFY_FAILURE(workshop.run(sourcePng, targetPng, drawnStack(), {byGl}), pictureTooLarge,
+                   "source.png");
 }
 
 void tst_exporter_errors::namesWithLineBreaksStayOnOneLine()

@@ -1,3 +1,4 @@
+#include "core/RegisterQml.h"
 #include "imagefx/RegisterQml.h"
 #include "imagefx/effects/BatchImageEffect.h"
 #include "imagefx/model/EffectStackReader.h"
@@ -15,6 +16,8 @@
 #include <QtQml/QQmlComponent>
 #include <QtQml/QQmlEngine>
 #include <QtQml/QQmlListReference>
+#include <QtQuick/QQuickView>
+#include <QtTest/QSignalSpy>
 
 #include <memory>
 
@@ -51,12 +54,32 @@ class ReadmeTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void theLiveQmlSnippetBrightensThePhotograph()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("live.qml"));
+        QVERIFY(QFile::copy(QStringLiteral(SNIPPETS "/live.qml.inc"), path));
+        QImage grey(600, 400, QImage::Format_RGB32);
+        grey.fill(QColor(128, 128, 128));
+        QVERIFY(grey.save(folder.filePath(QStringLiteral("photo.jpg")), nullptr, 100));
+        imagefx_register_qml("Korvel.ImageFx");
+        korvelcore_register_qml("Korvel.Core");
+        QQuickView view(QUrl::fromLocalFile(path));
+        QVERIFY2(view.errors().isEmpty(), "the snippet has errors");
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        const QImage shown = view.grabWindow();
+        QCOMPARE(shown.size(), QSize(800, 600));
+        QVERIFY(qGray(shown.pixel(400, 300)) > 150);
+        QCOMPARE(shown.pixel(10, 10), shown.pixel(400, 300));
+    }
+
     void theQmlAndTheCppSnippetDarkenTheCorners()
     {
         const QTemporaryDir folder;
         const QString formerFolder = QDir::currentPath();
         QVERIFY(QDir::setCurrent(folder.path()));
-        QVERIFY(QFile::copy(QStringLiteral(SNIPPETS "/snippet.qml.inc"),
+        QVERIFY(QFile::copy(QStringLiteral(SNIPPETS "/vignette.qml.inc"),
                             QStringLiteral("vignette.qml")));
         QImage white(101, 101, QImage::Format_RGB32);
         white.fill(Qt::white);
@@ -72,6 +95,31 @@ private Q_SLOTS:
         QCOMPARE(qGray(result.pixel(50, 50)), 255);
         QVERIFY(qGray(result.pixel(0, 0)) < 90);
         QVERIFY(qGray(result.pixel(0, 50)) < 255);
+    }
+
+    void theQmlSnippetExportsThePhotograph()
+    {
+        const QTemporaryDir folder;
+        const QByteArray snippet = contentOf(QStringLiteral(SNIPPETS "/export.qml.inc"));
+        QVERIFY(snippet.count('\n') < 20);
+        const QString path = folder.filePath(QStringLiteral("export.qml"));
+        QVERIFY(QFile::copy(QStringLiteral(SNIPPETS "/export.qml.inc"), path));
+        QImage grey(60, 40, QImage::Format_RGB32);
+        grey.fill(QColor(128, 128, 128));
+        QVERIFY(grey.save(folder.filePath(QStringLiteral("photo.jpg"))));
+        imagefx_register_qml("Korvel.ImageFx");
+        QQmlEngine engine;
+        QSignalSpy quit(&engine, &QQmlEngine::quit);
+        QSignalSpy exit(&engine, &QQmlEngine::exit);
+        QQmlComponent component(&engine, QUrl::fromLocalFile(path));
+        const std::unique_ptr<QObject> exporter(component.create());
+        QVERIFY2(exporter, qPrintable(component.errorString()));
+        QVERIFY(QTest::qWaitFor([&] { return quit.count() + exit.count() > 0; }, 30000));
+        QCOMPARE(exit.count(), 0);
+        const QImage result(folder.filePath(QStringLiteral("fargo.png")));
+        QCOMPARE(result.size(), grey.size());
+        QVERIFY(result.pixelColor(30, 20).lightness() > 140);
+        QVERIFY(!result.allGray());
     }
 
     void theStackOfTheReadmeIsRead()
