@@ -36,7 +36,8 @@ public:
 
 // Draws pictures through a list of effects on the processor: without OpenGL, a window or a limit on
 // the size, and with the same result as ImageEffectRenderer but for roundings. Like there, every
-// effect is drawn, also one that is off or neutral; in a batch those are skipped.
+// effect is drawn, also one that is off or neutral; in a batch those are skipped. An effect whose
+// blend mode is none of ImageEffect's leaves the picture as it is.
 //
 // The effects are read once, in the constructor, on the thread that owns them, and may change or go
 // afterwards. All else may be called on any thread, and render() on several at once.
@@ -65,7 +66,7 @@ public:
 
     // The id of the first effect or mask that is not one of the library's own kinds, which only
     // know how to draw themselves with OpenGL; empty when there is none. Nothing can be rendered
-    // then.
+    // then. A class that derives from one of the library's and lacks Q_OBJECT passes for it.
     QString unsupported() const;
 
     // The picture drawn at its own size, in Format_RGBA8888_Premultiplied, or Format_RGBX8888 for

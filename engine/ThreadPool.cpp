@@ -1,8 +1,11 @@
 #include "engine/ThreadPool.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -15,9 +18,10 @@ namespace ko::imagefx::engine
 namespace
 {
 
-// How often an idle thread looks for work before it sleeps: some tens of microseconds. The next
-// stage of a picture usually follows sooner than a sleeper would wake.
-constexpr int looksBeforeSleep = 400;
+// How long an idle thread looks for work before it sleeps. The next stage of a picture usually
+// follows sooner than a sleeper would wake.
+constexpr std::chrono::microseconds patience{25};
+constexpr int looksAtOnce = 16; // between two looks at the clock
 
 void pauseProcessor()
 {
@@ -31,37 +35,69 @@ void pauseProcessor()
 template <class Condition>
 bool spinUntil(const Condition &condition)
 {
-    for (int i = 0; i < looksBeforeSleep; ++i) {
-        if (condition()) {
-            return true;
+    const auto end = std::chrono::steady_clock::now() + patience;
+    do {
+        for (int i = 0; i < looksAtOnce; ++i) {
+            if (condition()) {
+                return true;
+            }
+            pauseProcessor();
         }
-        pauseProcessor();
-    }
+        std::this_thread::yield(); // to those who decode and encode
+    } while (std::chrono::steady_clock::now() < end);
     return condition();
 }
+
+constexpr int mostShares = 64;
+
+// Of the calls of a job, a stretch for one thread.
+struct alignas(64) Share {
+    std::atomic<int> next;
+    int end;
+};
 
 // One call of runParallel(), on its caller's stack.
 struct Job {
     Job(const std::function<void(int)> &function, int calls, int mostWorkers)
-        : work(function), count(calls), places(mostWorkers)
+        : work(function), shareCount(std::min(mostWorkers + 1, mostShares)), places(mostWorkers)
     {
-    }
-
-    void takePart()
-    {
-        for (;;) {
-            const int index = next.fetch_add(1, std::memory_order_relaxed);
-            if (index >= count) {
-                return;
-            }
-            work(index);
+        for (int i = 0; i < shareCount; ++i) {
+            Share &share = shares.at(size_t(i));
+            share.next.store(begin(calls, i), std::memory_order_relaxed);
+            share.end = begin(calls, i + 1);
         }
     }
 
+    // Its own share first, where it finds in its cache what it made of that part of the picture
+    // before; then what the others have left.
+    void takePart(int thread)
+    {
+        for (int i = 0; i < shareCount; ++i) {
+            Share &share = shares.at(size_t((thread + i) % shareCount));
+            for (;;) {
+                const int index = share.next.fetch_add(1, std::memory_order_relaxed);
+                if (index >= share.end) {
+                    break;
+                }
+                work(index);
+            }
+        }
+    }
+
+    bool isOpen() const
+    {
+        const auto isLeft = [](const Share &share) {
+            return share.next.load(std::memory_order_relaxed) < share.end;
+        };
+        return places > 0 && std::any_of(shares.begin(), shares.begin() + shareCount, isLeft);
+    }
+
+    int begin(int calls, int share) const { return int(int64_t(calls) * share / shareCount); }
+
     const std::function<void(int)> &work;
-    const int count;
-    std::atomic<int> next{0};
-    // Workers that are in it. The one that leaves does not touch the job afterwards.
+    const int shareCount;
+    std::array<Share, mostShares> shares;
+    // Workers that take part. The one that leaves does not touch the job afterwards.
     std::atomic<int> workers{0};
     // Workers that may still come; guarded by the pool's mutex, as is the list.
     int places;
@@ -77,7 +113,7 @@ public:
 
 private:
     void grow(int needed);
-    void serve();
+    void serve(int number);
     Job *openJob() const;
     void close(const Job &job);
 
@@ -115,7 +151,7 @@ void Pool::run(Job &job)
     } else {
         m_jobCame.notify_all();
     }
-    job.takePart();
+    job.takePart(0);
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_placesOffered -= places;
@@ -132,7 +168,7 @@ void Pool::grow(int needed)
 {
     while (m_workers < needed) {
         try {
-            std::thread([this] { serve(); }).detach();
+            std::thread([this, number = m_workers + 1] { serve(number); }).detach();
         } catch (const std::system_error &) {
             return; // the caller works with those that there are
         }
@@ -140,7 +176,7 @@ void Pool::grow(int needed)
     }
 }
 
-void Pool::serve()
+void Pool::serve(int number)
 {
     std::unique_lock<std::mutex> lock(m_mutex);
     for (;;) {
@@ -148,15 +184,19 @@ void Pool::serve()
         if (job == nullptr) {
             const unsigned seen = m_jobNumber.load(std::memory_order_relaxed);
             lock.unlock();
-            spinUntil([this, seen] { return m_jobNumber.load(std::memory_order_acquire) != seen; });
+            // A job that came and went without this thread tells that more are on their way.
+            const bool jobCame = spinUntil(
+                [this, seen] { return m_jobNumber.load(std::memory_order_acquire) != seen; });
             lock.lock();
-            m_jobCame.wait(lock, [this] { return openJob() != nullptr; });
+            if (!jobCame) {
+                m_jobCame.wait(lock, [this] { return openJob() != nullptr; });
+            }
             continue;
         }
         --job->places;
         job->workers.fetch_add(1, std::memory_order_relaxed);
         lock.unlock();
-        job->takePart();
+        job->takePart(number);
         const bool isLast = job->workers.fetch_sub(1, std::memory_order_acq_rel) == 1;
         lock.lock();
         if (isLast) {
@@ -168,8 +208,7 @@ void Pool::serve()
 Job *Pool::openJob() const
 {
     Job *job = m_jobs;
-    while (job != nullptr &&
-           (job->places == 0 || job->next.load(std::memory_order_relaxed) >= job->count)) {
+    while (job != nullptr && !job->isOpen()) {
         job = job->following;
     }
     return job;

@@ -95,12 +95,12 @@ void measureLookUp(::benchmark::State &state, const Kernels &kernels)
 
 template <typename Number>
 void measureExpand(::benchmark::State &state,
-                   void (*expand)(const uint32_t *row, Number *target, int count))
+                   void (*expand)(const uint32_t *row, Number *target, int64_t plane, int count))
 {
     const Row source = noisyRow(true);
     std::vector<Number> target(4 * std::size_t(roomyWidth));
     while (state.KeepRunning()) {
-        expand(source.data(), target.data(), width);
+        expand(source.data(), target.data(), roomyWidth, width);
         ::benchmark::ClobberMemory();
     }
     countPixels(state);
@@ -125,10 +125,10 @@ void measureConvolve(::benchmark::State &state, const Kernels &kernels, Convolut
     std::vector<uint16_t> expanded16(4 * std::size_t(roomyWidth));
     std::vector<float> expandedFloat(4 * std::size_t(roomyWidth));
     const int whole = width + 2 * largestReach;
-    kernels.expand16(source.data(), expanded16.data(), whole);
-    kernels.expandFloat(source.data(), expandedFloat.data(), whole);
+    kernels.expand16(source.data(), expanded16.data(), roomyWidth, whole);
+    kernels.expandFloat(source.data(), expandedFloat.data(), roomyWidth, whole);
     const auto address = [&](int offset) -> const void * {
-        const std::size_t at = 4 * std::size_t(largestReach + offset);
+        const int at = largestReach + offset;
         return integers ? static_cast<const void *>(expanded16.data() + at)
                         : expandedFloat.data() + at;
     };
@@ -145,8 +145,8 @@ void measureConvolve(::benchmark::State &state, const Kernels &kernels, Convolut
     Pixels pixels = pixelsOf(source, source);
     pixels.source = source.data() + largestReach;
     while (state.KeepRunning()) {
-        kernels.convolve(convolve, firsts.data(), seconds.data(), pixels.source, pixels,
-                         target.data());
+        kernels.convolve(convolve, {firsts.data(), seconds.data(), roomyWidth}, pixels.source,
+                         pixels, target.data());
         ::benchmark::ClobberMemory();
     }
     countPixels(state);

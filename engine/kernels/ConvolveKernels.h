@@ -1,32 +1,37 @@
 // Passes that see neighbours: sums of rows or columns over strips that stay in the nearest cache,
 // then what the piece does to the sum.
 
-// Four numbers for each pixel of a strip.
-constexpr int sumCount = 4 * strip;
+constexpr int colours = 3;
 
-void expand16(const uint32_t *row, uint16_t *target, int count)
+template <class Number, class Make>
+static KORVEL_INLINE void expand(const uint32_t *row, Number *target, int64_t plane, int count,
+                                 const Make &make)
 {
-    const auto *bytes = reinterpret_cast<const uint8_t *>(row);
-    for (int i = 0; i < 4 * count; ++i) {
-        target[i] = bytes[i];
+    for (int colour = 0; colour < colours; ++colour) {
+        for (int i = 0; i < count; ++i) {
+            target[colour * plane + i] = make(row[i] >> (8 * colour) & 255);
+        }
     }
 }
 
-void expandFloat(const uint32_t *row, float *target, int count)
+void expand16(const uint32_t *row, uint16_t *target, int64_t plane, int count)
 {
-    const auto *bytes = reinterpret_cast<const uint8_t *>(row);
-    for (int i = 0; i < 4 * count; ++i) {
-        target[i] = float(bytes[i]) * (1.0F / 255.0F);
-    }
+    expand(row, target, plane, count, [](uint32_t level) { return uint16_t(level); });
+}
+
+void expandFloat(const uint32_t *row, float *target, int64_t plane, int count)
+{
+    expand(row, target, plane, count,
+           [](uint32_t level) { return float(int32_t(level)) * (1.0F / 255.0F); });
 }
 
 // Sums of levels as whole numbers.
 struct IntegerSums {
     using Number = uint16_t;
     using Vector = ShortVector;
-    using Sum = int32_t;
     using Accumulator = ProductSum;
     static constexpr int width = 2 * lanes;
+    static constexpr int block = lanes == 16 ? 2 : 1;
 
     static KORVEL_INLINE float scale(const Sums &sums) { return sums.scale16; }
     // Two taps and their weights.
@@ -40,18 +45,22 @@ struct IntegerSums {
         const int16_t weights[2] = {sums.weights16[i], 0};
         addProducts(sum, a, a, weights);
     }
-    static KORVEL_INLINE void put(const Accumulator &sum, Sum *target)
+    static KORVEL_INLINE void put(const Accumulator &sum, float scale, float *target)
     {
-        storeInOrder(sum, target);
+        int32_t whole[width];
+        storeInOrder(sum, whole);
+        for (int i = 0; i < width; ++i) {
+            target[i] = float(whole[i]) * scale;
+        }
     }
 };
 
 struct FloatSums {
     using Number = float;
     using Vector = FloatVector;
-    using Sum = float;
     using Accumulator = FloatVector;
     static constexpr int width = lanes;
+    static constexpr int block = lanes == 16 ? 4 : 2;
 
     static KORVEL_INLINE float scale(const Sums &) { return 1.0F; }
     static KORVEL_INLINE void add(Accumulator &sum, const Vector &a, const Vector &b,
@@ -64,74 +73,63 @@ struct FloatSums {
     {
         sum += a * sums.weights[i];
     }
-    static KORVEL_INLINE void put(const Accumulator &sum, Sum *target) { store(target, sum); }
+    static KORVEL_INLINE void put(const Accumulator &sum, float, float *target)
+    {
+        store(target, sum);
+    }
 };
 
-// Four vectors and two taps at a time, so that weights and sums stay in registers.
+// A few vectors of each colour and two taps at a time, so that weights and sums stay in registers.
 template <class Kind>
-KORVEL_KERNEL void sumUp(const Sums &sums, const void *const *first, const void *const *second,
-                         int from, int count, typename Kind::Sum *target)
+KORVEL_KERNEL void sumUp(const Sums &sums, const TapRows &rows, int from, int count, Strip *planes)
 {
     using Number = typename Kind::Number;
     using Vector = typename Kind::Vector;
-    constexpr int block = 4;
+    constexpr int vectors = colours * Kind::block;
     constexpr int64_t width = Kind::width;
+    float *const targets[colours] = {planes->red, planes->green, planes->blue};
+    const float scale = Kind::scale(sums);
     const int taps = sums.pairs + sums.singles;
-    for (int offset = 0; offset < count; offset += block * Kind::width) {
-        const auto single = [&](int i, int k) {
-            return load<Vector>(static_cast<const Number *>(first[i]) + from + offset + k * width);
+    for (int64_t offset = 0; offset < count; offset += Kind::block * width) {
+        const auto single = [&](const void *tap, int k) {
+            return load<Vector>(static_cast<const Number *>(tap) + from + offset +
+                                k / Kind::block * rows.plane + k % Kind::block * width);
         };
         const auto pair = [&](int i, int k) {
-            return Vector(single(i, k) + load<Vector>(static_cast<const Number *>(second[i]) +
-                                                      from + offset + k * width));
+            return Vector(single(rows.first[i], k) + single(rows.second[i], k));
         };
-        typename Kind::Accumulator sum[block] = {};
+        typename Kind::Accumulator sum[vectors] = {};
         int i = 0;
         for (; i + 1 < sums.pairs; i += 2) {
-#pragma GCC unroll 4
-            for (int k = 0; k < block; ++k) {
+#pragma GCC unroll 12
+            for (int k = 0; k < vectors; ++k) {
                 Kind::add(sum[k], pair(i, k), pair(i + 1, k), sums, i);
             }
         }
         for (; i < taps; ++i) {
-#pragma GCC unroll 4
-            for (int k = 0; k < block; ++k) {
-                Kind::add(sum[k], i < sums.pairs ? pair(i, k) : single(i, k), sums, i);
+#pragma GCC unroll 12
+            for (int k = 0; k < vectors; ++k) {
+                Kind::add(sum[k], i < sums.pairs ? pair(i, k) : single(rows.first[i], k), sums, i);
             }
         }
-#pragma GCC unroll 4
-        for (int k = 0; k < block; ++k) {
-            Kind::put(sum[k], target + offset + k * width);
+#pragma GCC unroll 12
+        for (int k = 0; k < vectors; ++k) {
+            Kind::put(sum[k], scale, targets[k / Kind::block] + offset + k % Kind::block * width);
         }
     }
 }
 
 // The sums as they are, but for the alpha, which is the centre's.
-template <class Number>
-KORVEL_KERNEL void toPixelsAsTheyAre(const Number *sums, float scale, const uint32_t *centre,
-                                     int count, uint32_t *target)
+KORVEL_KERNEL void toPixelsAsTheyAre(const Strip &planes, const uint32_t *centre, int count,
+                                     uint32_t *target)
 {
-    uint8_t bytes[sumCount];
-    for (int i = 0; i < 4 * count; ++i) {
-        const float rounded = float(sums[i]) * (scale * 255.0F) + roundingOffset;
-        uint32_t bits;
-        __builtin_memcpy(&bits, &rounded, sizeof bits);
-        bytes[i] = uint8_t(bits);
-    }
-    for (int64_t i = 0; i < count; ++i) {
-        uint32_t pixel;
-        __builtin_memcpy(&pixel, bytes + 4 * i, sizeof pixel);
-        target[i] = (pixel & 0x00ffffffU) | (centre[i] & 0xff000000U);
-    }
-}
-
-template <class Number>
-KORVEL_KERNEL void toPlanes(const Number *sums, float scale, int count, Strip *planes)
-{
-    for (int64_t i = 0; i < count; ++i) {
-        planes->red[i] = float(sums[4 * i]) * scale;
-        planes->green[i] = float(sums[4 * i + 1]) * scale;
-        planes->blue[i] = float(sums[4 * i + 2]) * scale;
+    const auto byte = [](const float *sum) {
+        return (WordVector)(load<FloatVector>(sum) * 255.0F + roundingOffset) & 255;
+    };
+    for (int i = 0; i < count; i += lanes) {
+        const WordVector alpha = load<WordVector>(centre + i) & 0xff000000U;
+        store(target + i, byte(planes.red + i) | (byte(planes.green + i) << 8) |
+                              (byte(planes.blue + i) << 16) | alpha);
     }
 }
 
@@ -218,31 +216,27 @@ static bool isSumItself(const Convolve &convolve)
 }
 
 template <class Kind>
-static void convolveStrips(const Convolve &convolve, const void *const *first,
-                           const void *const *second, const uint32_t *centre, const Pixels &pixels,
-                           uint32_t *target)
+static void convolveStrips(const Convolve &convolve, const TapRows &rows, const uint32_t *centre,
+                           const Pixels &pixels, uint32_t *target)
 {
     const auto finishStrip = convolve.pass.opaque ? finish<true> : finish<false>;
-    const float scale = Kind::scale(convolve.sums);
     const bool plain = isSumItself(convolve);
     for (int from = 0; from < pixels.count; from += strip) {
         const Pixels piece = part(pixels, from);
-        typename Kind::Sum sums[sumCount];
-        sumUp<Kind>(convolve.sums, first, second, 4 * from, 4 * piece.count, sums);
-        if (plain) {
-            toPixelsAsTheyAre(sums, scale, centre + from, piece.count, target + from);
-            continue;
-        }
         Strip planes;
-        toPlanes(sums, scale, piece.count, &planes);
-        finishStrip(convolve, piece, centre + from, &planes, target + from);
+        sumUp<Kind>(convolve.sums, rows, from, piece.count, &planes);
+        if (plain) {
+            toPixelsAsTheyAre(planes, centre + from, piece.count, target + from);
+        } else {
+            finishStrip(convolve, piece, centre + from, &planes, target + from);
+        }
     }
 }
 
-void convolve(const Convolve &convolve, const void *const *first, const void *const *second,
-              const uint32_t *centre, const Pixels &pixels, uint32_t *target)
+void convolve(const Convolve &convolve, const TapRows &rows, const uint32_t *centre,
+              const Pixels &pixels, uint32_t *target)
 {
     const auto run =
         convolve.sums.integers ? convolveStrips<IntegerSums> : convolveStrips<FloatSums>;
-    run(convolve, first, second, centre, pixels, target);
+    run(convolve, rows, centre, pixels, target);
 }

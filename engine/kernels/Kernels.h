@@ -85,6 +85,14 @@ struct Convolve {
     Pass pass;
 };
 
+// What taps read, as expand16() or expandFloat() made it.
+struct TapRows {
+    // Red of tap i for the first pixel is at first[i], and for a pair its other half at second[i].
+    const void *const *first;
+    const void *const *second;
+    int64_t plane; // from a colour to the next, in numbers
+};
+
 // Every kernel of one set of instructions.
 struct Kernels {
     const char *name;
@@ -96,17 +104,17 @@ struct Kernels {
     void (*lookUp)(const uint8_t red[256], const uint8_t green[256], const uint8_t blue[256],
                    const uint32_t *source, uint32_t *target, int count);
 
-    // Prepares a row for convolve(): four numbers a pixel, levels of 16 bits or floats from 0 to 1.
-    void (*expand16)(const uint32_t *row, uint16_t *target, int count);
-    void (*expandFloat)(const uint32_t *row, float *target, int count);
+    // Prepares pixels for convolve(): their red, green and blue as levels of 16 bits, or as floats
+    // from 0 to 1, the three `plane` numbers apart. Nothing is written behind a plane.
+    void (*expand16)(const uint32_t *row, uint16_t *target, int64_t plane, int count);
+    void (*expandFloat)(const uint32_t *row, float *target, int64_t plane, int count);
 
-    // Sums up what expand16() (with sums.integers) or expandFloat() made: tap i of the first pixel
-    // is at first[i], and for a pair its other half at second[i]. Then does to the sums what the
-    // piece does. pixels.source has the centre pixels as bytes: for Blur and Sharpen those of the
-    // effect's source, for the others those that are convolved. `centre` has the centre pixels of
-    // what is convolved as bytes. `target` may not overlap with any of them.
-    void (*convolve)(const Convolve &convolve, const void *const *first, const void *const *second,
-                     const uint32_t *centre, const Pixels &pixels, uint32_t *target);
+    // Sums up what expand16() (with sums.integers) or expandFloat() made, then does to the sums
+    // what the piece does. pixels.source has the centre pixels as bytes: for Blur and Sharpen those
+    // of the effect's source, for the others those that are convolved. `centre` has the centre
+    // pixels of what is convolved as bytes. `target` may not overlap with any of them.
+    void (*convolve)(const Convolve &convolve, const TapRows &rows, const uint32_t *centre,
+                     const Pixels &pixels, uint32_t *target);
 };
 
 const Kernels &kernelsScalar();

@@ -31,6 +31,8 @@ bool keepsErrorsSmall(int blendMode)
     case ImageEffect::Difference:
     case ImageEffect::Multiply:
     case ImageEffect::Screen:
+    case ImageEffect::Overlay:
+    case ImageEffect::SoftLight:
     case ImageEffect::LinearBurn:
     case ImageEffect::LightenOnly:
     case ImageEffect::DarkenOnly:

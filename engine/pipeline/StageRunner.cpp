@@ -3,7 +3,6 @@
 #include "engine/ThreadPool.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace ko::imagefx::engine
 {
@@ -15,8 +14,9 @@ namespace
 constexpr int taskPixels = 4096;
 // Columns are convolved in blocks, since all rows that a block reads, prepared, should stay in the
 // nearest cache.
-constexpr int blockRows = 32;
+constexpr int blockRows = 16;
 constexpr int mostBlockRows = 128;
+constexpr size_t colours = 3;
 constexpr int narrowestColumn = 64;
 constexpr size_t columnBytes = 32768;
 // A row that is convolved in strips prepares what they reach beyond themselves anew.
@@ -31,9 +31,9 @@ int pieces(int whole, int part)
     return (whole + part - 1) / part;
 }
 
-size_t bytesPerPixel(const Neighbours &neighbours)
+size_t numberBytes(const Neighbours &neighbours)
 {
-    return 4 * (neighbours.convolve.sums.integers ? sizeof(uint16_t) : sizeof(float));
+    return neighbours.convolve.sums.integers ? sizeof(uint16_t) : sizeof(float);
 }
 
 int rowsPerBlock(const Neighbours &neighbours)
@@ -48,8 +48,8 @@ int reachedRows(const Neighbours &neighbours, int rows)
 
 int columnWidth(const Neighbours &neighbours)
 {
-    const size_t perPixel =
-        bytesPerPixel(neighbours) * size_t(reachedRows(neighbours, rowsPerBlock(neighbours)));
+    const size_t perPixel = colours * numberBytes(neighbours) *
+                            size_t(reachedRows(neighbours, rowsPerBlock(neighbours)));
     const auto fitting = int(columnBytes / perPixel) / narrowestColumn * narrowestColumn;
     return qBound(narrowestColumn, fitting, stripPixels);
 }
@@ -62,18 +62,31 @@ int stripWidth(const Neighbours &neighbours)
                     widestStrip);
 }
 
+// How many numbers the colours of a prepared strip are apart.
+int stripPlane(const Neighbours &neighbours)
+{
+    return neighbours.before + stripWidth(neighbours) + neighbours.after;
+}
+
 size_t expandedBytes(const Stage &stage)
 {
     if (stage.head != Stage::Head::Convolution) {
         return 0;
     }
     const Neighbours &neighbours = stage.neighbours;
-    const size_t pixels =
-        neighbours.vertical
-            ? size_t(columnWidth(neighbours)) *
-                  size_t(reachedRows(neighbours, rowsPerBlock(neighbours)))
-            : size_t(stripWidth(neighbours)) + size_t(neighbours.before) + size_t(neighbours.after);
-    return (pixels + 2 * size_t(rowSlack)) * bytesPerPixel(neighbours);
+    const size_t pixels = neighbours.vertical
+                              ? size_t(columnWidth(neighbours)) *
+                                    size_t(reachedRows(neighbours, rowsPerBlock(neighbours)))
+                              : size_t(stripPlane(neighbours));
+    return (colours * pixels + 2 * size_t(rowSlack)) * numberBytes(neighbours);
+}
+
+// Beyond the edges of the picture there is more of them.
+template <class Number>
+void repeatEdges(Number *plane, int left, int inside, int right)
+{
+    std::fill_n(plane, left, plane[left]);
+    std::fill_n(plane + left + inside, right, plane[left + inside - 1]);
 }
 
 } // namespace
@@ -231,8 +244,9 @@ void StageRunner::convolveRow(const Stage &stage, int y, Scratch *scratch)
 {
     const Neighbours &neighbours = stage.neighbours;
     const uint32_t *row = ring(stage.input).row(y);
-    const size_t size = bytesPerPixel(neighbours);
+    const size_t size = numberBytes(neighbours);
     const int width = stripWidth(neighbours);
+    const int plane = stripPlane(neighbours);
     uchar *expanded = scratch->expanded.data();
     scratch->pointTo(neighbours, expanded + size_t(neighbours.before) * size, std::ptrdiff_t(size));
     for (int x = 0; x < m_size.width(); x += width) {
@@ -241,17 +255,19 @@ void StageRunner::convolveRow(const Stage &stage, int y, Scratch *scratch)
         const int right = std::min(m_size.width(), x + count + neighbours.after);
         const int outsideLeft = left - (x - neighbours.before);
         const int outsideRight = x + count + neighbours.after - right;
-        uchar *inside = expanded + size_t(outsideLeft) * size;
-        expand(stage, row + left, inside, right - left);
-        for (int i = 0; i < outsideLeft; ++i) {
-            std::memcpy(expanded + size_t(i) * size, inside, size);
-        }
-        uchar *behind = inside + size_t(right - left) * size;
-        for (int i = 0; i < outsideRight; ++i) {
-            std::memcpy(behind + size_t(i) * size, behind - size, size);
+        expand(stage, row + left, expanded + size_t(outsideLeft) * size, plane, right - left);
+        for (size_t colour = 0; colour < colours; ++colour) {
+            uchar *first = expanded + colour * size_t(plane) * size;
+            if (neighbours.convolve.sums.integers) {
+                repeatEdges(reinterpret_cast<uint16_t *>(first), outsideLeft, right - left,
+                            outsideRight);
+            } else {
+                repeatEdges(reinterpret_cast<float *>(first), outsideLeft, right - left,
+                            outsideRight);
+            }
         }
         const Pixels place = pixelsAt(x, y, count);
-        convolve(stage, *scratch, place);
+        convolve(stage, *scratch, plane, place);
         applyOps(stage, place, scratch);
     }
 }
@@ -260,30 +276,33 @@ void StageRunner::convolveColumns(const Stage &stage, const Block &block, Scratc
 {
     const Neighbours &neighbours = stage.neighbours;
     const RowRing &input = ring(stage.input);
-    const size_t step = size_t(columnWidth(neighbours)) * bytesPerPixel(neighbours);
+    const int plane = columnWidth(neighbours);
+    const size_t step = colours * size_t(plane) * numberBytes(neighbours);
     uchar *expanded = scratch->expanded.data();
-    // Rows lie close together: what is written behind one is written over by the next.
     uchar *next = expanded;
     for (int y = block.from - neighbours.before; y < block.to + neighbours.after; ++y) {
-        expand(stage, input.row(qBound(0, y, m_size.height() - 1)) + block.x, next, block.count);
+        expand(stage, input.row(qBound(0, y, m_size.height() - 1)) + block.x, next, plane,
+               block.count);
         next += step;
     }
     scratch->pointTo(neighbours, expanded + size_t(neighbours.before) * step, std::ptrdiff_t(step));
     for (int y = block.from; y < block.to; ++y) {
         const Pixels place = pixelsAt(block.x, y, block.count);
-        convolve(stage, *scratch, place);
+        convolve(stage, *scratch, plane, place);
         applyOps(stage, place, scratch);
         scratch->move(neighbours, std::ptrdiff_t(step));
     }
 }
 
-void StageRunner::convolve(const Stage &stage, const Scratch &scratch, const Pixels &place)
+void StageRunner::convolve(const Stage &stage, const Scratch &scratch, int plane,
+                           const Pixels &place)
 {
     const uint32_t *centre = ring(stage.input).row(place.y) + place.x;
     Pixels pixels = place;
     pixels.source = stage.second < 0 ? centre : ring(stage.second).row(place.y) + place.x;
-    m_kernels.convolve(stage.neighbours.convolve, scratch.first.data(), scratch.second.data(),
-                       centre, pixels, target(stage).row(place.y) + place.x);
+    m_kernels.convolve(stage.neighbours.convolve,
+                       {scratch.first.data(), scratch.second.data(), plane}, centre, pixels,
+                       target(stage).row(place.y) + place.x);
 }
 
 // In place.
@@ -302,12 +321,13 @@ void StageRunner::applyOps(const Stage &stage, const Pixels &pixels, Scratch *sc
     }
 }
 
-void StageRunner::expand(const Stage &stage, const uint32_t *row, uchar *target, int count) const
+void StageRunner::expand(const Stage &stage, const uint32_t *row, uchar *target, int plane,
+                         int count) const
 {
     if (stage.neighbours.convolve.sums.integers) {
-        m_kernels.expand16(row, reinterpret_cast<uint16_t *>(target), count);
+        m_kernels.expand16(row, reinterpret_cast<uint16_t *>(target), plane, count);
     } else {
-        m_kernels.expandFloat(row, reinterpret_cast<float *>(target), count);
+        m_kernels.expandFloat(row, reinterpret_cast<float *>(target), plane, count);
     }
 }
 

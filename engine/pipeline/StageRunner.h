@@ -35,9 +35,9 @@ private:
     void makeRow(const Stage &stage, int y, Scratch *scratch);
     void convolveRow(const Stage &stage, int y, Scratch *scratch);
     void convolveColumns(const Stage &stage, const Block &block, Scratch *scratch);
-    void convolve(const Stage &stage, const Scratch &scratch, const Pixels &place);
+    void convolve(const Stage &stage, const Scratch &scratch, int plane, const Pixels &place);
     void applyOps(const Stage &stage, const Pixels &pixels, Scratch *scratch);
-    void expand(const Stage &stage, const uint32_t *row, uchar *target, int count) const;
+    void expand(const Stage &stage, const uint32_t *row, uchar *target, int plane, int count) const;
     Pixels pixelsAt(int x, int y, int count) const;
     const RowRing &ring(int index) const { return m_rings.at(size_t(index)); }
     RowRing &target(const Stage &stage);

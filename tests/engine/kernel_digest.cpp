@@ -185,18 +185,22 @@ void digestLookUp(const Kernels &kernels, Digests *digests)
     digests->push_back({"tables of bytes", hash.value()});
 }
 
+// Three planes, and room for the whole vectors that are read behind the last one.
+constexpr int plane = longest + rowSlack;
+
 template <class Number>
-std::vector<Number> expanded(void (*expand)(const uint32_t *, Number *, int), const Row &row,
-                             int count)
+std::vector<Number> expanded(void (*expand)(const uint32_t *, Number *, int64_t, int),
+                             const Row &row, int count)
 {
-    std::vector<Number> numbers(size_t(4) * (longest + rowSlack));
+    std::vector<Number> numbers(size_t(4) * plane);
     // What is behind the row means nothing, and may be anything.
     constexpr int anything = 0xbe;
     std::memset(numbers.data(), anything, numbers.size() * sizeof(Number));
-    expand(row.data(), numbers.data(), count);
+    expand(row.data(), numbers.data(), plane, count);
     return numbers;
 }
 
+// With what is behind the planes, which stays as it was.
 void digestExpansions(const Kernels &kernels, Digests *digests)
 {
     Random random;
@@ -205,9 +209,9 @@ void digestExpansions(const Kernels &kernels, Digests *digests)
     Hash floats;
     for (const int count : rowLengths) {
         const auto sixteen = expanded(kernels.expand16, row, count);
-        integers.add(sixteen.data(), size_t(4) * count * sizeof sixteen[0]);
+        integers.add(sixteen.data(), sixteen.size() * sizeof sixteen[0]);
         const auto single = expanded(kernels.expandFloat, row, count);
-        floats.add(single.data(), size_t(4) * count * sizeof single[0]);
+        floats.add(single.data(), single.size() * sizeof single[0]);
     }
     digests->push_back({"expansion to integers", integers.value()});
     digests->push_back({"expansion to floats", floats.value()});
@@ -266,8 +270,9 @@ void digestConvolutions(const Kernels &kernels, Digests *digests)
                 }
                 for (const int count : rowLengths) {
                     Row target(longest + rowSlack);
-                    kernels.convolve(convolve, addresses, addresses + mostTaps, rows[0].data(),
-                                     pixelsOf(rows[1], rows[1], count), target.data());
+                    kernels.convolve(convolve, {addresses, addresses + mostTaps, plane},
+                                     rows[0].data(), pixelsOf(rows[1], rows[1], count),
+                                     target.data());
                     add(&hash, target, count);
                 }
             });
