@@ -214,28 +214,9 @@ void SharpenTest::jsonRoundTrip()
     KORVEL_CHECK(checkJsonRoundTrip(&effect));
 }
 
-// A radius of 1.5 or 2.5 has taps on the border of two texels, which read the outer one.
 void SharpenTest::picturesMatchTheModel_data()
 {
-    QTest::addColumn<float>("strength");
-    QTest::addColumn<float>("radius");
-    QTest::addColumn<float>("scale");
-    const auto row = [](float strength, float radius, float scale) {
-        QTest::addRow("strength %g, radius %g, scale %g", double(strength), double(radius),
-                      double(scale))
-            << strength << radius << scale;
-    };
-    for (const float scale : {0.25F, 0.5F, 1.0F, 2.0F}) {
-        row(0.5F, 4.6F, scale);
-        row(1.5F, 18.9F, scale);
-    }
-    row(0.5F, 1.0F, 1.0F);
-    row(0.8F, 2.7F, 1.0F);
-    row(-0.6F, 8.0F, 1.0F);
-    row(3.0F, 1.3F, 1.0F);
-    row(0.3F, 80.0F, 1.0F);
-    row(0.5F, 1.5F, 1.0F);
-    row(0.5F, 5.0F, 0.5F);
+    addSharpenRadii();
 }
 
 void SharpenTest::picturesMatchTheModel()

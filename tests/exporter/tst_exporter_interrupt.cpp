@@ -1,5 +1,6 @@
 #include "FolderWorkshop.h"
 
+#include <QtCore/QElapsedTimer>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QProcess>
 #include <QtCore/QRandomGenerator>
@@ -113,22 +114,25 @@ void tst_exporter_interrupt::aSignalLeavesOnlyCompleteTargets()
     QFETCH(int, signal);
     QFETCH(int, code);
     constexpr int rounds = 7;
-    constexpr int longestWait = 20; // milliseconds, about that of one picture
     QRandomGenerator random{quint32(signal)};
-    makePictures(QSize(160, 120));
+    makePictures(QSize(320, 240));
+    writeSlowStack(8);
+    QElapsedTimer time;
+    time.start();
     QCOMPARE(runTool({QStringLiteral("--effects=look.json"), QStringLiteral("--target-dir=whole"),
                       QStringLiteral("photos/")})
                  .exitCode,
              0);
     const QStringList all = FolderWorkshop::filesBelow(QStringLiteral("whole"));
     QCOMPARE(all.size(), pictures);
+    const auto onePicture = int(time.elapsed() / pictures) + 1;
     int interrupted = 0;
     for (int round = 0; round < rounds; ++round) {
         QProcess::execute(QStringLiteral("rm"), {QStringLiteral("-rf"), QStringLiteral("out")});
         Running running(folderArguments());
         QVERIFY(running.waitFor("start"));
         running.waitFor("done", random.bounded(pictures));
-        QTest::qSleep(random.bounded(longestWait));
+        QTest::qSleep(1 + random.bounded(onePicture));
         running.send(signal);
         const ToolRun run = running.finish();
         const QStringList targets = FolderWorkshop::targets();

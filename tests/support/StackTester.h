@@ -37,5 +37,9 @@ private:
 
 // The rows of a data-driven test: a column "maskKind" with the number of every kind of mask.
 void addMaskKinds();
+// Columns "radius" and "scale", for sharpening also "strength". Of the radii, some have taps on the
+// border of two texels, which read the outer one.
+void addBlurRadii();
+void addSharpenRadii();
 
 } // namespace ko::imagefx::test
