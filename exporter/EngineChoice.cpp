@@ -49,7 +49,8 @@ bool isSoftwareRenderer(const QByteArray &renderer)
                        [&](const char *name) { return lower.contains(name); });
 }
 
-EngineChoice::EngineChoice(Engine wanted, OffscreenGl &gl, const EffectStack &stack, int threads)
+EngineChoice::EngineChoice(Engine wanted, OffscreenGl &gl, const EffectStack &stack, int threads,
+                           const QString &deviceFolder)
     : m_wanted(wanted), m_gl(gl)
 {
     if (stack.isEmpty()) {
@@ -59,9 +60,9 @@ EngineChoice::EngineChoice(Engine wanted, OffscreenGl &gl, const EffectStack &st
     if (wanted != Engine::Gl) {
         m_processor = std::make_unique<ProcessorRenderer>(stack, threads);
     }
-    m_asksGl =
-        wanted == Engine::Gl || (wanted == Engine::Automatic &&
-                                 (!m_processor->unsupported().isEmpty() || hasGraphicsDevice()));
+    m_asksGl = wanted == Engine::Gl ||
+               (wanted == Engine::Automatic &&
+                (!m_processor->unsupported().isEmpty() || hasGraphicsDevice(deviceFolder)));
 }
 
 Outcome EngineChoice::make(const QString &picture, const QString &stackFile)
@@ -88,11 +89,14 @@ Outcome EngineChoice::make(const QString &picture, const QString &stackFile)
 
 QString EngineChoice::note() const
 {
-    return m_processor
-               ? QStringLiteral("the processor draws, with %1 and up to %2 threads a picture")
-                     .arg(imagefx::EffectEngine::instructionSet())
-                     .arg(m_processor->threads())
-               : QStringLiteral("OpenGL draws, on %1").arg(QString::fromUtf8(m_gl.renderer()));
+    if (!m_processor) {
+        return QStringLiteral("OpenGL draws, on %1").arg(QString::fromUtf8(m_gl.renderer()));
+    }
+    const int threads = m_processor->threads();
+    return QStringLiteral("the processor draws, with %1 and %2 a picture")
+        .arg(imagefx::EffectEngine::instructionSet(),
+             threads == 1 ? QStringLiteral("1 thread")
+                          : QStringLiteral("up to %1 threads").arg(threads));
 }
 
 } // namespace ko::exporter

@@ -17,7 +17,7 @@ class OffscreenGl;
 
 // Whether there is a graphics card that this process may use, as its device nodes tell: nothing is
 // loaded or started to find out.
-bool hasGraphicsDevice(const QString &deviceFolder = QStringLiteral("/dev"));
+bool hasGraphicsDevice(const QString &deviceFolder);
 // Whether what GL calls its renderer draws on the processor.
 bool isSoftwareRenderer(const QByteArray &renderer);
 
@@ -26,9 +26,10 @@ class EngineChoice
 {
 public:
     // `gl` and `stack` must outlive the choice, and the stack must have been read. `threads`: how
-    // many work on one picture that the processor draws, at least 1.
+    // many work on one picture that the processor draws, at least 1. `deviceFolder`: where an
+    // automatic choice looks for a graphics card.
     EngineChoice(ExportOptions::Engine wanted, OffscreenGl &gl, const EffectStack &stack,
-                 int threads);
+                 int threads, const QString &deviceFolder = QStringLiteral("/dev"));
 
     // Whether make() may start GL, which takes its time.
     bool asksGl() const { return m_asksGl; }

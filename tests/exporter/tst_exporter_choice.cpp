@@ -6,7 +6,9 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QJsonObject>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
+#include <QtGui/QColor>
 #include <QtTest/QtTest>
 
 #include <unistd.h>
@@ -32,13 +34,26 @@ void readStack(EffectStack *stack, bool homeMade)
     ko::imagefx::EffectRegistry registry = ko::imagefx::EffectRegistry::complete();
     registry.insertEffect(homeMadeId, makeHomeMade);
     const QString id = homeMade ? homeMadeId : QStringLiteral("ko.orvanto.imageeffect.ColorFill");
-    stack->read({QJsonObject{{QStringLiteral("effectId"), id}}}, QString(), registry);
+    stack->read({QJsonObject{{QStringLiteral("effectId"), id},
+                             {QStringLiteral("color"), QStringLiteral("#00ff00")}}},
+                QString(), registry);
 }
 
 void makeFile(const QString &path)
 {
     QFile file(path);
     QVERIFY(QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly));
+}
+
+void makeDevice(const QTemporaryDir &devices)
+{
+    makeFile(devices.path() + QStringLiteral("/dri/renderD128"));
+}
+
+// The program has no application object until GL is started.
+bool wasGlStarted()
+{
+    return QCoreApplication::instance() != nullptr;
 }
 
 } // namespace
@@ -53,6 +68,11 @@ private Q_SLOTS:
     void aDeviceOfOthersDoesNotCount();
     void softwareRenderersAreKnown_data();
     void softwareRenderersAreKnown();
+    void withoutADeviceOpenGlIsNotAsked();
+    void aDeviceWithASoftwareRendererIsNotUsed();
+    void aDeviceWithoutOpenGlIsNotUsed();
+    void onlyAnAutomaticChoiceLooksForDevices_data();
+    void onlyAnAutomaticChoiceLooksForDevices();
     void theProcessorRefusesWhatItDoesNotKnow();
     void whatTheProcessorDoesNotKnowGoesToOpenGl();
     void anEmptyStackAsksNobody();
@@ -115,6 +135,99 @@ void tst_exporter_choice::softwareRenderersAreKnown()
     QCOMPARE(isSoftwareRenderer(renderer), isSoftware);
 }
 
+void tst_exporter_choice::withoutADeviceOpenGlIsNotAsked()
+{
+    const QTemporaryDir devices;
+    OffscreenGl gl(QStringLiteral("headless"));
+    EffectStack stack;
+    readStack(&stack, false);
+    EngineChoice choice(Engine::Automatic, gl, stack, 1, devices.path());
+    QVERIFY(!choice.asksGl());
+    QVERIFY(!choice.make(picture, stackName));
+    QVERIFY(choice.processor() != nullptr);
+    QVERIFY(!wasGlStarted());
+}
+
+void tst_exporter_choice::aDeviceWithASoftwareRendererIsNotUsed()
+{
+    const QTemporaryDir devices;
+    makeDevice(devices);
+    OffscreenGl gl(QStringLiteral("headless"));
+    EffectStack stack;
+    readStack(&stack, false);
+    EngineChoice choice(Engine::Automatic, gl, stack, 1, devices.path());
+    QVERIFY(choice.asksGl());
+    QVERIFY(!choice.make(picture, stackName));
+    QVERIFY(wasGlStarted());
+    const Outcome missing = gl.start(picture);
+    QVERIFY2(!missing, missing ? qPrintable(missing->message) : "");
+    if (!isSoftwareRenderer(gl.renderer())) {
+        QVERIFY(choice.processor() == nullptr);
+        QSKIP("OpenGL draws on a graphics card here.");
+    }
+    QVERIFY(choice.processor() != nullptr);
+    QVERIFY(choice.note().startsWith(QStringLiteral("the processor draws, ")));
+}
+
+void tst_exporter_choice::aDeviceWithoutOpenGlIsNotUsed()
+{
+    const QTemporaryDir devices;
+    makeDevice(devices);
+    OffscreenGl gl(QStringLiteral("headless:display=none"));
+    EffectStack known;
+    readStack(&known, false);
+    EngineChoice choice(Engine::Automatic, gl, known, 1, devices.path());
+    QVERIFY(choice.asksGl());
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("display=none")));
+    const Outcome failure = choice.make(picture, stackName);
+    QVERIFY2(!failure, failure ? qPrintable(failure->message) : "");
+    QVERIFY(choice.processor() != nullptr);
+    QImage drawn(3, 2, QImage::Format_RGB32);
+    drawn.fill(Qt::white);
+    QVERIFY(choice.processor()->draw(&drawn, 1.0F));
+    QCOMPARE(drawn.pixelColor(2, 1), QColor(Qt::green));
+
+    EffectStack unknown;
+    readStack(&unknown, true);
+    EngineChoice needed(Engine::Automatic, gl, unknown, 1, devices.path());
+    EngineChoice forced(Engine::Gl, gl, known, 1, devices.path());
+    for (EngineChoice *const withGlOnly : {&needed, &forced}) {
+        const Outcome missing = withGlOnly->make(picture, stackName);
+        QVERIFY(missing);
+        QCOMPARE(missing->code, ExitCode::NoOpenGl);
+    }
+}
+
+void tst_exporter_choice::onlyAnAutomaticChoiceLooksForDevices_data()
+{
+    QTest::addColumn<bool>("hasDevice");
+    QTest::newRow("device") << true;
+    QTest::newRow("no device") << false;
+}
+
+void tst_exporter_choice::onlyAnAutomaticChoiceLooksForDevices()
+{
+    QFETCH(bool, hasDevice);
+    const QTemporaryDir devices;
+    if (hasDevice) {
+        makeDevice(devices);
+    }
+    OffscreenGl gl(QStringLiteral("headless"));
+    EffectStack stack;
+    readStack(&stack, false);
+    QCOMPARE(EngineChoice(Engine::Automatic, gl, stack, 1, devices.path()).asksGl(), hasDevice);
+    EngineChoice processor(Engine::Processor, gl, stack, 1, devices.path());
+    QVERIFY(!processor.asksGl());
+    QVERIFY(!processor.make(picture, stackName));
+    QVERIFY(processor.processor() != nullptr);
+    QVERIFY(!wasGlStarted());
+    EngineChoice forced(Engine::Gl, gl, stack, 1, devices.path());
+    QVERIFY(forced.asksGl());
+    const Outcome failure = forced.make(picture, stackName);
+    QVERIFY2(!failure, failure ? qPrintable(failure->message) : "");
+    QVERIFY(forced.processor() == nullptr);
+}
+
 void tst_exporter_choice::theProcessorRefusesWhatItDoesNotKnow()
 {
     OffscreenGl gl(QStringLiteral("headless"));
@@ -133,19 +246,11 @@ void tst_exporter_choice::theProcessorRefusesWhatItDoesNotKnow()
 
 void tst_exporter_choice::whatTheProcessorDoesNotKnowGoesToOpenGl()
 {
+    const QTemporaryDir devices;
     OffscreenGl gl(QStringLiteral("headless"));
-    {
-        EffectStack known;
-        readStack(&known, false);
-        EngineChoice choice(Engine::Automatic, gl, known, 1);
-        QCOMPARE(choice.asksGl(), hasGraphicsDevice());
-        EngineChoice forced(Engine::Processor, gl, known, 1);
-        QVERIFY(!forced.make(picture, stackName));
-        QVERIFY(forced.processor() != nullptr);
-    }
     EffectStack unknown;
     readStack(&unknown, true);
-    EngineChoice choice(Engine::Automatic, gl, unknown, 1);
+    EngineChoice choice(Engine::Automatic, gl, unknown, 1, devices.path());
     QVERIFY(choice.asksGl());
     const Outcome failure = choice.make(picture, stackName);
     QVERIFY2(!failure, failure ? qPrintable(failure->message) : "");

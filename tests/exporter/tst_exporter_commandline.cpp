@@ -3,6 +3,8 @@
 #include <QtCore/QRegularExpression>
 #include <QtTest/QtTest>
 
+#include <sched.h>
+
 namespace
 {
 
@@ -45,6 +47,7 @@ private Q_SLOTS:
     void contradictions_data();
     void contradictions();
     void everyOptionCountsOnce();
+    void threadsAreAsManyAsTheAllowedProcessors();
     void fullOutputIsTold_data();
     void fullOutputIsTold();
 };
@@ -303,6 +306,41 @@ void tst_exporter_commandline::everyOptionCountsOnce()
         const ToolRun run = runTool(onePicture({argument, argument}), withoutGl());
         VERIFY_FAILURE(run, usage,
                        argument.section(QLatin1Char('='), 0, 0).toLatin1() + " is given twice");
+    }
+}
+
+void tst_exporter_commandline::threadsAreAsManyAsTheAllowedProcessors()
+{
+    cpu_set_t allowed;
+    CPU_ZERO(&allowed);
+    QCOMPARE(sched_getaffinity(0, sizeof allowed, &allowed), 0);
+    QByteArrayList processors;
+    for (int processor = 0; processor < CPU_SETSIZE; ++processor) {
+        if (CPU_ISSET(processor, &allowed)) {
+            processors.append(QByteArray::number(processor));
+        }
+    }
+    const Workshop workshop;
+    workshop.write(QStringLiteral("source.png"), noise(QSize(3, 3), QImage::Format_RGB32));
+    workshop.write(
+        QStringLiteral("stack.json"),
+        QJsonArray{effect(QStringLiteral("HSV"), {{QStringLiteral("saturation"), 0.4}})});
+    const auto note = [&workshop](const QByteArray &allowedOnes, const char *option) {
+        const QByteArray call = "exec taskset -c " + allowedOnes +
+                                " \"$TOOL\" --source=source.png --target=target.png "
+                                "--effects=stack.json --engine=cpu --verbose ";
+        return runShell(call + option, workshop.path(QString())).errors;
+    };
+    // The last one as well: its number is not how many there are.
+    for (const QByteArray &one : {processors.constFirst(), processors.constLast()}) {
+        const QByteArray text = note(one, "");
+        QVERIFY2(text.endsWith(" and 1 thread a picture\n"), text.constData());
+        const QByteArray chosen = note(one, "--threads=3");
+        QVERIFY2(chosen.endsWith(" and up to 3 threads a picture\n"), chosen.constData());
+    }
+    if (processors.size() > 1) {
+        const QByteArray text = note(processors.mid(0, 2).join(','), "");
+        QVERIFY2(text.endsWith(" and up to 2 threads a picture\n"), text.constData());
     }
 }
 

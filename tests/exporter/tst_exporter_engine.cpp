@@ -2,6 +2,7 @@
 #include "FolderWorkshop.h"
 #include "JpegFiles.h"
 #include "PictureFiles.h"
+#include "ShellRun.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
@@ -78,6 +79,11 @@ bool hasGraphicsDevice()
            QFileInfo::exists(QStringLiteral("/dev/nvidia0"));
 }
 
+// A folder of devices of whose only graphics device no driver knows, in the place of the real one.
+const QByteArray withUnknownDevice =
+    "mkdir -p dev/dri && touch dev/null dev/dri/renderD128 && unshare --map-root-user --mount "
+    "bash -c 'mount --bind /dev/null dev/null && mount --rbind dev /dev && exec \"$@\"' bash ";
+
 } // namespace
 
 class tst_exporter_engine : public QObject
@@ -91,6 +97,8 @@ private Q_SLOTS:
     void aRunOverManyPicturesTellsOnceWhatDraws();
     void nothingDrawnIsDrawnByNobody();
     void withoutAGraphicsDeviceTheProcessorDraws();
+    void aDeviceThatNoDriverKnowsLeavesItToTheProcessor_data();
+    void aDeviceThatNoDriverKnowsLeavesItToTheProcessor();
     void theProcessorNeedsNoGl();
     void examplesLookTheSame_data();
     void examplesLookTheSame();
@@ -189,6 +197,38 @@ void tst_exporter_engine::withoutAGraphicsDeviceTheProcessorDraws()
         QVERIFY(libraries.contains("libQt5Gui"));
         QVERIFY(!libraries.contains("libEGL_"));
     }
+}
+
+void tst_exporter_engine::aDeviceThatNoDriverKnowsLeavesItToTheProcessor_data()
+{
+    QTest::addColumn<Environment>("environment");
+    QTest::addColumn<QByteArray>("reason");
+    QTest::newRow("software renderer") << Environment() << QByteArray(": in use");
+    QTest::newRow("no driver at all") << withoutGl() << QByteArray("no EGL display can be opened");
+}
+
+void tst_exporter_engine::aDeviceThatNoDriverKnowsLeavesItToTheProcessor()
+{
+    QFETCH(Environment, environment);
+    QFETCH(QByteArray, reason);
+    const Workshop workshop;
+    const QString folder = workshop.path(QString());
+    if (runShell(withUnknownDevice + "true", folder).exitCode != 0) {
+        QSKIP("This user may not mount.");
+    }
+    workshop.write(sourcePng, noise(QSize(30, 20), QImage::Format_RGB32));
+    const QString expected = QStringLiteral("expected.png");
+    QCOMPARE(workshop.run(sourcePng, expected, drawnStack(), {byProcessor}).exitCode, 0);
+    const QByteArray call = withUnknownDevice + "\"$TOOL\" --source=source.png "
+                                                "--target=target.png --effects=stack.json ";
+    const ToolRun run = runShell(call + "--verbose", folder, environment);
+    QCOMPARE(run.exitCode, 0);
+    QVERIFY2(run.wroteOneErrorLine() && run.errors.contains("note: the processor draws, "),
+             run.errors.constData());
+    QCOMPARE(workshop.read(targetPng), workshop.read(expected));
+    environment.append({QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("headless.*=true")});
+    const ToolRun asked = runShell(call, folder, environment);
+    QVERIFY2(asked.errors.contains(reason), asked.errors.constData());
 }
 
 void tst_exporter_engine::theProcessorNeedsNoGl()
