@@ -5,12 +5,12 @@
 #include "imagefx/effects/GrayScaleImageEffect.h"
 #include "imagefx/effects/SharpenImageEffect.h"
 #include "imagefx/render/PixelBufferState.h"
+#include "tests/engine/EngineTester.h"
 #include "tests/support/EffectCases.h"
 #include "tests/support/EffectTester.h"
 #include "tests/support/OffscreenGl.h"
 #include "tests/support/PictureTester.h"
 #include "tests/support/RandomStack.h"
-#include "tests/support/StackTester.h"
 #include "tests/support/TableCases.h"
 #include "tests/support/TestMain.h"
 
@@ -310,7 +310,7 @@ void BatchTest::batchesTwoDeepMatchTheModel()
     ModelMember outerModel;
     outerModel.effect = modelBatch({a.model, off.model, innerModel});
     outerModel.alpha = double(0.9F);
-    StackTester tester;
+    EngineTester tester(EngineTester::aStack);
     KORVEL_CHECK(tester.check({&outer}, {outerModel}, opaquePicture()));
     KORVEL_CHECK(tester.check({&outer}, {outerModel}, translucentPicture()));
     RenderSettings half;
@@ -334,7 +334,7 @@ void BatchTest::nestedRadiiFollowTheRenderScale()
     sharpened.effect = modelSharpen(0.5, double(4.6F));
     ModelMember model;
     model.effect = modelBatch({sharpened, blurred, gray.model});
-    StackTester tester;
+    EngineTester tester(EngineTester::aStack);
     for (const float scale : {0.25F, 0.5F, 1.0F, 2.0F}) {
         RenderSettings settings;
         settings.relativeScale = scale;
@@ -366,7 +366,7 @@ void BatchTest::theOuterBatchHoldsWhateverItsEffectsDo()
     ModelMember outerModel;
     outerModel.alpha = 0.5;
     outerModel.mask = masks.at(0).model();
-    StackTester tester;
+    EngineTester tester(EngineTester::aStack);
     for (const bool innerLast : {true, false}) {
         outer.setImageEffectList(innerLast ? QList<ImageEffect *>{filled.effect.get(), &inner}
                                            : QList<ImageEffect *>{&inner, filled.effect.get()});
@@ -389,7 +389,7 @@ void BatchTest::everyBlendModeMatchesTheModel()
     const Part second(QStringLiteral("GrayScale"), 5);
     BatchImageEffect batch;
     batch.setImageEffectList({first.effect.get(), second.effect.get()});
-    StackTester tester;
+    EngineTester tester(EngineTester::aStack);
     KORVEL_CHECK(tester.checkBlendModes(&batch, modelBatch({first.model, second.model}),
                                         ModelMaskKind(maskKind)));
 }

@@ -1,10 +1,10 @@
 #include "imagefx/model/EffectRegistry.h"
 #include "imagefx/model/EffectStackReader.h"
 #include "imagefx/model/ImageEffect.h"
+#include "tests/engine/EngineTester.h"
 #include "tests/support/KnownStacks.h"
 #include "tests/support/OffscreenGl.h"
 #include "tests/support/PictureTester.h"
-#include "tests/support/StackTester.h"
 #include "tests/support/TestMain.h"
 
 #include <QtCore/QJsonDocument>
@@ -42,13 +42,13 @@ private Q_SLOTS:
     void everyStackMatchesItsCopyAndTheModel();
 
 private:
-    std::unique_ptr<StackTester> m_tester;
+    std::unique_ptr<EngineTester> m_tester;
     KnownStacks m_stacks{firstSeed, stacks};
 };
 
 void RandomStacksTest::initTestCase()
 {
-    m_tester = std::make_unique<StackTester>();
+    m_tester = std::make_unique<EngineTester>(EngineTester::aStack);
 }
 
 void RandomStacksTest::cleanupTestCase()
@@ -77,7 +77,8 @@ void RandomStacksTest::everyStackMatchesItsCopyAndTheModel()
     const QImage drawn = renderTexture(effects, source);
     constexpr double none = 0.0;
     KORVEL_COMPARE_PICTURES(renderTexture(copy.list(), source), drawn, none);
-    const QByteArray difference = m_tester->compare(drawn, known.expected, source);
+    const QByteArray difference =
+        m_tester->compare(renderWithEngine(effects, source), drawn, known.expected, source);
     QVERIFY2(difference.isEmpty(), difference.constData());
 }
 

@@ -152,7 +152,11 @@ QByteArray EngineTester::check(ImageEffect *effect, const EffectModel &model, co
 QByteArray EngineTester::compare(const QImage &engine, const QImage &gl,
                                  const StackPicture &expected, const QImage &source)
 {
-    const QByteArray difference = m_modelTester.compare(engine, expected, source);
+    QByteArray difference = StackTester::compare(gl, expected, source);
+    if (!difference.isEmpty()) {
+        return "GL beside the model: " + difference;
+    }
+    difference = StackTester::compare(engine, expected, source);
     if (!difference.isEmpty()) {
         return "the engine beside the model: " + difference;
     }

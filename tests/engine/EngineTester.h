@@ -23,9 +23,9 @@ struct EngineCase {
 };
 QVector<EngineCase> engineCases();
 
-// Pictures of the engine beside those of the GPU and beside the model. Prints at the end how far
-// the two engines are apart.
-class EngineTester
+// Pictures of the GPU and of the engine, both beside the model and beside each other. Prints at the
+// end how far the two engines are apart.
+class EngineTester : public StackTester
 {
 public:
     // One pass rounds once: two engines that are right may choose neighbouring levels.
@@ -35,11 +35,11 @@ public:
 
     // `mostLevels`: how far the engines may be apart where the model leaves no doubt.
     explicit EngineTester(int mostLevels) : m_mostLevels(mostLevels) {}
-    ~EngineTester();
+    ~EngineTester() override;
 
     // Empty when both engines draw what the model says, and the same. Needs a current GL context.
     QByteArray check(const QList<ImageEffect *> &effects, const ModelStack &model,
-                     const QImage &source, const RenderSettings &settings = {});
+                     const QImage &source, const RenderSettings &settings = {}) override;
     // The same for one effect that sees only its own pixel. No pixel is left out.
     QByteArray check(ImageEffect *effect, const EffectModel &model, const QImage &source);
     // The same for pictures that have been rendered.
@@ -54,7 +54,6 @@ private:
     QByteArray compareWithGl(const QImage &engine, const QImage &gl, const ExpectedPixel &expected);
 
     const int m_mostLevels;
-    StackTester m_modelTester;
     int m_pictures = 0;
     // Pixels by how far the engines are apart, in levels of the worst channel.
     std::array<qint64, 256> m_pixels{};

@@ -66,10 +66,6 @@ private Q_SLOTS:
     void everyGradientOfEveryMask();
     void alphasBeyondWhatASliderOffers_data() { addKinds(); }
     void alphasBeyondWhatASliderOffers();
-    void radiiOfBlurUnderEveryScale_data();
-    void radiiOfBlurUnderEveryScale();
-    void radiiOfSharpenUnderEveryScale_data();
-    void radiiOfSharpenUnderEveryScale();
     void effectsThatAreOffOrNeutralAreDrawn();
     void batchesWithinBatches();
     void batchesLeaveOutWhatIsOffOrNeutral();
@@ -197,45 +193,6 @@ void EngineEffectsTest::alphasBeyondWhatASliderOffers()
                                    m_tester->check({effect.get()}, {model}, source, settings)));
             }
         }
-    }
-}
-
-void EngineEffectsTest::radiiOfBlurUnderEveryScale_data()
-{
-    addBlurRadii();
-}
-
-void EngineEffectsTest::radiiOfBlurUnderEveryScale()
-{
-    QFETCH(float, radius);
-    QFETCH(float, scale);
-    BlurImageEffect blur;
-    blur.setRadius(radius);
-    RenderSettings settings;
-    settings.relativeScale = scale;
-    for (const QImage &source : bothPictures()) {
-        KORVEL_CHECK(m_tester->check({&blur}, {{modelBlur(double(radius))}}, source, settings));
-    }
-}
-
-void EngineEffectsTest::radiiOfSharpenUnderEveryScale_data()
-{
-    addSharpenRadii();
-}
-
-void EngineEffectsTest::radiiOfSharpenUnderEveryScale()
-{
-    QFETCH(float, strength);
-    QFETCH(float, radius);
-    QFETCH(float, scale);
-    SharpenImageEffect sharpen;
-    sharpen.setStrength(strength);
-    sharpen.setRadius(radius);
-    RenderSettings settings;
-    settings.relativeScale = scale;
-    const ModelMember model{modelSharpen(double(strength), double(radius))};
-    for (const QImage &source : bothPictures()) {
-        KORVEL_CHECK(m_tester->check({&sharpen}, {model}, source, settings));
     }
 }
 

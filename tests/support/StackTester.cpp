@@ -80,43 +80,4 @@ void addMaskKinds()
     }
 }
 
-// Whole odd radii have taps on the border.
-void addBlurRadii()
-{
-    QTest::addColumn<float>("radius");
-    QTest::addColumn<float>("scale");
-    for (const float scale : {0.25F, 0.5F, 1.0F, 2.0F}) {
-        for (const float radius : {4.4F, 19.2F, 100.0F}) {
-            QTest::addRow("radius %g, scale %g", double(radius), double(scale)) << radius << scale;
-        }
-    }
-    for (const float radius : {1.0F, 1.2F, 2.6F, 3.0F, 4.0F, 5.0F, 9.7F, 15.0F, 16.0F, 16.9F}) {
-        QTest::addRow("radius %g", double(radius)) << radius << 1.0F;
-    }
-}
-
-// Radii of 1.5 and 2.5 have taps on the border.
-void addSharpenRadii()
-{
-    QTest::addColumn<float>("strength");
-    QTest::addColumn<float>("radius");
-    QTest::addColumn<float>("scale");
-    const auto row = [](float strength, float radius, float scale) {
-        QTest::addRow("strength %g, radius %g, scale %g", double(strength), double(radius),
-                      double(scale))
-            << strength << radius << scale;
-    };
-    for (const float scale : {0.25F, 0.5F, 1.0F, 2.0F}) {
-        row(0.5F, 4.6F, scale);
-        row(1.5F, 18.9F, scale);
-    }
-    row(0.5F, 1.0F, 1.0F);
-    row(0.8F, 2.7F, 1.0F);
-    row(-0.6F, 8.0F, 1.0F);
-    row(3.0F, 1.3F, 1.0F);
-    row(0.3F, 80.0F, 1.0F);
-    row(0.5F, 1.5F, 1.0F);
-    row(0.5F, 5.0F, 0.5F);
-}
-
 } // namespace ko::imagefx::test

@@ -15,11 +15,11 @@ public:
     static constexpr double mostLeftOut = 0.02;
 
     StackTester() = default;
-    ~StackTester();
+    virtual ~StackTester();
 
     // Empty when the picture is what the model says. Needs a current GL context.
-    QByteArray check(const QList<ImageEffect *> &effects, const ModelStack &model,
-                     const QImage &source, const RenderSettings &settings = {});
+    virtual QByteArray check(const QList<ImageEffect *> &effects, const ModelStack &model,
+                             const QImage &source, const RenderSettings &settings = {});
     // One effect under every blend mode with a mask of that kind, on an opaque and on a translucent
     // picture. Its mask and its blend mode are changed.
     QByteArray checkBlendModes(ImageEffect *effect, const PictureEffect &model,
@@ -37,9 +37,5 @@ private:
 
 // The rows of a data-driven test: a column "maskKind" with the number of every kind of mask.
 void addMaskKinds();
-// Columns "radius" and "scale", for sharpening also "strength". Of the radii, some have taps on the
-// border of two texels, which read the outer one.
-void addBlurRadii();
-void addSharpenRadii();
 
 } // namespace ko::imagefx::test
