@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <new>
 
 namespace ko::imagefx
@@ -16,6 +17,8 @@ namespace
 {
 
 constexpr int mostThreads = 256;
+// Places beyond the end of a row are numbers, too.
+constexpr int widest = std::numeric_limits<int>::max() - 65536;
 
 // Copies rows with all threads, some of them at a time.
 template <class Copy>
@@ -157,7 +160,7 @@ QImage EffectEngine::render(const QImage &picture) const
 
 bool EffectEngine::render(const QSize &size, bool opaque, RowSource *source, RowSink *sink) const
 {
-    if (size.isEmpty() || !unsupported().isEmpty()) {
+    if (size.isEmpty() || size.width() > widest || !unsupported().isEmpty()) {
         return false;
     }
     try {

@@ -70,15 +70,16 @@ public:
     QString unsupported() const;
 
     // The picture drawn at its own size, in Format_RGBA8888_Premultiplied, or Format_RGBX8888 for
-    // one without alpha channel. Like ImageEffectRenderer, it takes the colour as it is: that of a
-    // translucent picture counts as premultiplied. Null when the picture is null, something is
-    // unsupported(), or memory runs out.
+    // one without alpha channel. Like ImageEffectRenderer, it takes the colours that the picture
+    // has in Format_RGBA8888 for premultiplied ones. So to draw with a translucent result once
+    // more, call it reinterpretAsFormat(QImage::Format_RGBA8888) first. Null when the picture is
+    // null, something is unsupported(), or memory runs out.
     QImage render(const QImage &picture) const;
 
     // The same for a picture that is never in memory as a whole: some bands of rows are, and as
     // many more as the blurs of the stack reach. `opaque` promises that every alpha is 255. False
-    // when the source or the sink ended it, or for the reasons above. Source and sink are called on
-    // this thread.
+    // when the source or the sink ended it, for the reasons above, or when a row is so wide that
+    // its end can hardly be numbered. Source and sink are called on this thread.
     bool render(const QSize &size, bool opaque, RowSource *source, RowSink *sink) const;
 
     // The set of processor instructions in use: "scalar", "sse2", "sse4.1", "avx2", "avx512",

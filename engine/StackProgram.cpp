@@ -16,8 +16,9 @@
 #include "imagefx/model/HueAlphaMask.h"
 #include "imagefx/model/LuminanceAlphaMask.h"
 
+#include <QtCore/QRegularExpression>
+
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace ko::imagefx::engine
@@ -32,18 +33,19 @@ constexpr float invisibleAlpha = 0.001F;
 // Beyond the largest picture all is its edge.
 constexpr float farthestRadius = 1048576.0F;
 
-// Null unless the effect or mask is exactly of that kind: what derives from it may draw otherwise.
 // The object's class in C++: QML puts one of its own on top for an object that it gives properties
-// or signal handlers.
+// or signal handlers, and names it with a number behind.
 const QMetaObject *nativeClass(const QObject *object)
 {
+    static const QRegularExpression madeByQml(QStringLiteral("_QML(TYPE)?_[0-9]+$"));
     const QMetaObject *meta = object->metaObject();
-    while (std::strstr(meta->className(), "_QML") != nullptr) {
+    while (madeByQml.match(QLatin1String(meta->className())).hasMatch()) {
         meta = meta->superClass();
     }
     return meta;
 }
 
+// Null unless the effect or mask is exactly of that kind: what derives from it may draw otherwise.
 template <class Kind, class Object>
 const Kind *exactly(const Object *object)
 {

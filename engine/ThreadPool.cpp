@@ -6,8 +6,8 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <exception>
 #include <mutex>
-#include <system_error>
 #include <thread>
 
 #include <sched.h>
@@ -169,8 +169,8 @@ void Pool::grow(int needed)
     while (m_workers < needed) {
         try {
             std::thread([this, number = m_workers + 1] { serve(number); }).detach();
-        } catch (const std::system_error &) {
-            return; // the caller works with those that there are
+        } catch (const std::exception &) {
+            return; // no thread, or no memory for one: the caller works with those that there are
         }
         ++m_workers;
     }

@@ -16,6 +16,9 @@ namespace
 {
 
 constexpr int largestSide = 40;
+// Now and then: more than a strip is wide or a band high.
+constexpr int longestSide = 3000;
+constexpr int shortestSide = 4;
 
 [[noreturn]] void fail(const char *rule)
 {
@@ -23,18 +26,26 @@ constexpr int largestSide = 40;
     std::abort();
 }
 
+QSize makeSize(FuzzBytes *bytes)
+{
+    if (!bytes->chance(32)) {
+        return {1 + bytes->below(largestSide), 1 + bytes->below(largestSide)};
+    }
+    const QSize size(1 + bytes->below(longestSide), 1 + bytes->below(shortestSide));
+    return bytes->chance(2) ? size : size.transposed();
+}
+
 QImage makePicture(FuzzBytes *bytes)
 {
-    const int width = 1 + bytes->below(largestSide);
-    const int height = 1 + bytes->below(largestSide);
+    const QSize size = makeSize(bytes);
     const bool opaque = bytes->chance(2);
     // Colours that are brighter than their alpha allows, now and then.
     const bool valid = !bytes->chance(4);
     uint32_t state = 0x9e3779b9U + bytes->byte();
-    QImage picture(width, height, opaque ? QImage::Format_RGBX8888 : QImage::Format_RGBA8888);
-    for (int y = 0; y < height; ++y) {
+    QImage picture(size, opaque ? QImage::Format_RGBX8888 : QImage::Format_RGBA8888);
+    for (int y = 0; y < size.height(); ++y) {
         uchar *pixel = picture.scanLine(y);
-        for (int x = 0; x < width; ++x, pixel += 4) {
+        for (int x = 0; x < size.width(); ++x, pixel += 4) {
             state = state * 1664525U + 1013904223U;
             pixel[3] = uchar(opaque ? 255U : (state >> 5 & 7) == 0 ? 0U : state >> 24);
             const uint32_t most = opaque || !valid ? 255U : pixel[3];

@@ -87,6 +87,7 @@ KORVEL_KERNEL void sumUp(const Sums &sums, const TapRows &rows, int from, int co
     using Vector = typename Kind::Vector;
     constexpr int vectors = colours * Kind::block;
     constexpr int64_t width = Kind::width;
+    static_assert(sumPixels % (Kind::block * width) == 0, "it would read beyond what is there");
     float *const targets[colours] = {planes->red, planes->green, planes->blue};
     const float scale = Kind::scale(sums);
     const int taps = sums.pairs + sums.singles;

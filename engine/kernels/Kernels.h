@@ -13,6 +13,9 @@ namespace ko::imagefx::engine
 // Every row that a kernel reads or writes must have room for `rowSlack` more pixels than it is told
 // to handle: it works on whole vectors. What it leaves there means nothing.
 constexpr int rowSlack = 32;
+// What a convolution reads, see TapRows, is read in larger pieces: numbers for up to this many
+// pixels at once.
+constexpr int sumPixels = 64;
 
 // Which piece makes the colour of a pass.
 enum class Colour : int {
@@ -88,6 +91,8 @@ struct Convolve {
 // What taps read, as expand16() or expandFloat() made it.
 struct TapRows {
     // Red of tap i for the first pixel is at first[i], and for a pair its other half at second[i].
+    // Behind the last one that is needed there may be anything up to the next multiple of
+    // sumPixels, but it must be there.
     const void *const *first;
     const void *const *second;
     int64_t plane; // from a colour to the next, in numbers

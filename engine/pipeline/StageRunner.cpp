@@ -23,8 +23,10 @@ constexpr size_t columnBytes = 32768;
 constexpr int stripReaches = 4;
 constexpr int widestStrip = 8192;
 
-static_assert(narrowestColumn % rowSlack == 0 && stripPixels % narrowestColumn == 0,
-              "kernels write whole vectors, and nothing beyond a strip in the middle of a row");
+static_assert(narrowestColumn % sumPixels == 0 && narrowestColumn % rowSlack == 0 &&
+                  stripPixels % narrowestColumn == 0,
+              "kernels read and write whole vectors, and nothing beyond a strip in the middle of a "
+              "row");
 
 int pieces(int whole, int part)
 {
@@ -78,7 +80,7 @@ size_t expandedBytes(const Stage &stage)
                               ? size_t(columnWidth(neighbours)) *
                                     size_t(reachedRows(neighbours, rowsPerBlock(neighbours)))
                               : size_t(stripPlane(neighbours));
-    return (colours * pixels + 2 * size_t(rowSlack)) * numberBytes(neighbours);
+    return (colours * pixels + sumPixels) * numberBytes(neighbours);
 }
 
 // Beyond the edges of the picture there is more of them.

@@ -18,6 +18,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <limits>
 #include <thread>
 
 using namespace ko::imagefx;
@@ -141,6 +142,11 @@ private Q_SLOTS:
     void aSinkThatEndsEndsTheRendering();
     void anEmptySizeIsNoPicture();
     void picturesBeyondWhatGlCanHold();
+    void aWidthWithoutEndIsRefused();
+    void reachesBeyondStripsAndBands_data();
+    void reachesBeyondStripsAndBands();
+    void unknownBlendModesLeaveThePicture();
+    void aResultCanBeDrawnOnceMore();
 };
 
 void EngineInterfaceTest::noEffectsCopyThePicture()
@@ -427,6 +433,79 @@ void EngineInterfaceTest::picturesBeyondWhatGlCanHold()
         const QImage source = translucentPicture(size);
         KORVEL_CHECK(tester.compare(renderWithEngine({effect.get()}, source),
                                     StackPicture({model}, source), source));
+    }
+}
+
+void EngineInterfaceTest::aWidthWithoutEndIsRefused()
+{
+    PictureRows rows(opaquePicture({4, 4}));
+    CollectedRows sink({4, 4});
+    const QSize size(std::numeric_limits<int>::max(), 1);
+    QVERIFY(!EffectEngine({}).render(size, true, &rows, &sink));
+    QCOMPARE(rows.given, 0);
+}
+
+void EngineInterfaceTest::reachesBeyondStripsAndBands_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<bool>("opaque");
+    QTest::addColumn<int>("threads");
+    for (const QSize &size : {QSize(3000, 3), QSize(3, 3000), QSize(1100, 5)}) {
+        for (const bool opaque : {true, false}) {
+            for (const int threads : {1, 3}) {
+                QTest::addRow("%d x %d, %s, %d threads", size.width(), size.height(),
+                              opaque ? "opaque" : "translucent", threads)
+                    << size << opaque << threads;
+            }
+        }
+    }
+}
+
+// Farther than a strip of a row is wide and a band is high.
+void EngineInterfaceTest::reachesBeyondStripsAndBands()
+{
+    QFETCH(QSize, size);
+    QFETCH(bool, opaque);
+    QFETCH(int, threads);
+    constexpr float radius = 100.0F;
+    BlurImageEffect blur;
+    blur.setRadius(radius);
+    RenderSettings settings;
+    settings.relativeScale = 4.0F;
+    ModelFrame frame;
+    frame.renderScale = 4.0;
+    const QImage source = opaque ? opaquePicture(size) : translucentPicture(size);
+    StackTester tester;
+    for (const auto mode : {ImageEffect::Normal, ImageEffect::LinearLight}) {
+        blur.setBlendMode(mode);
+        const ModelMember model{modelBlur(double(radius)), mode, 1.0, {}};
+        KORVEL_CHECK(tester.compare(renderWithEngine({&blur}, source, settings, threads),
+                                    StackPicture({model}, source, frame), source));
+    }
+}
+
+void EngineInterfaceTest::unknownBlendModesLeaveThePicture()
+{
+    const QImage source = translucentPicture();
+    ColorFillImageEffect fill;
+    BatchImageEffect batch;
+    batch.setImageEffectList({&fill});
+    for (const int mode : {-1, 16}) {
+        fill.setBlendMode(ImageEffect::BlendMode(mode));
+        QCOMPARE(renderWithEngine({&fill}, source), source);
+        QCOMPARE(renderWithEngine({&batch}, source), renderWithEngine({}, source));
+    }
+}
+
+void EngineInterfaceTest::aResultCanBeDrawnOnceMore()
+{
+    const QImage source = translucentPicture();
+    const OwnedEffects effects = tallStack();
+    for (int first = 0; first <= effects.list().size(); ++first) {
+        QImage between = EffectEngine(effects.list().mid(0, first)).render(source);
+        QVERIFY(between.reinterpretAsFormat(QImage::Format_RGBA8888));
+        QCOMPARE(EffectEngine(effects.list().mid(first)).render(between),
+                 EffectEngine(effects.list()).render(source));
     }
 }
 

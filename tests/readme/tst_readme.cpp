@@ -1,4 +1,5 @@
 #include "core/RegisterQml.h"
+#include "engine/EffectEngine.h"
 #include "imagefx/RegisterQml.h"
 #include "imagefx/effects/BatchImageEffect.h"
 #include "imagefx/model/EffectStackReader.h"
@@ -74,7 +75,7 @@ private Q_SLOTS:
         QCOMPARE(shown.pixel(10, 10), shown.pixel(400, 300));
     }
 
-    void theQmlAndTheCppSnippetDarkenTheCorners()
+    void theQmlAndTheCppSnippetsDarkenTheCorners()
     {
         const QTemporaryDir folder;
         const QString formerFolder = QDir::currentPath();
@@ -86,8 +87,12 @@ private Q_SLOTS:
         QVERIFY(white.save(QStringLiteral("photo.jpg"), nullptr, 100));
         OffscreenGl gl;
         QVERIFY(gl.isValid());
+        QImage fromEngine;
         {
 #include "snippet.cpp.inc"
+            // The README goes on with what is there by now.
+#include "engine.cpp.inc"
+            fromEngine = drawn;
         }
         const QImage result(QStringLiteral("vignette.png"));
         QVERIFY(QDir::setCurrent(formerFolder));
@@ -95,6 +100,9 @@ private Q_SLOTS:
         QCOMPARE(qGray(result.pixel(50, 50)), 255);
         QVERIFY(qGray(result.pixel(0, 0)) < 90);
         QVERIFY(qGray(result.pixel(0, 50)) < 255);
+        QCOMPARE(fromEngine.size(), white.size());
+        QCOMPARE(qGray(fromEngine.pixel(50, 50)), 255);
+        QVERIFY(qGray(fromEngine.pixel(0, 0)) < 90);
     }
 
     void theQmlSnippetExportsThePhotograph()
