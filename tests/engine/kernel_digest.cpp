@@ -299,16 +299,18 @@ std::vector<const Kernels *> usableSets()
     std::vector<const Kernels *> sets{&kernelsScalar()};
 #if defined(__x86_64__)
     sets.push_back(&kernelsSse2());
-    if (__builtin_cpu_supports("sse4.1") != 0) {
-        sets.push_back(&kernelsSse41());
-    }
-    if (__builtin_cpu_supports("avx2") != 0) {
-        sets.push_back(&kernelsAvx2());
-    }
-    if (__builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("avx512vl") != 0 &&
-        __builtin_cpu_supports("avx512dq") != 0) {
-        sets.push_back(&kernelsAvx512());
-    }
+    const auto add = [&sets](bool usable, const Kernels &kernels) {
+        if (usable) {
+            sets.push_back(&kernels);
+        } else {
+            std::fprintf(stderr, "%s: this processor does not have it\n", kernels.name);
+        }
+    };
+    add(__builtin_cpu_supports("sse4.1") != 0, kernelsSse41());
+    add(__builtin_cpu_supports("avx2") != 0, kernelsAvx2());
+    add(__builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("avx512vl") != 0 &&
+            __builtin_cpu_supports("avx512dq") != 0,
+        kernelsAvx512());
 #elif defined(__aarch64__)
     sets.push_back(&kernelsNeon());
 #endif
