@@ -94,14 +94,15 @@ struct Job {
 
     int begin(int calls, int share) const { return int(int64_t(calls) * share / shareCount); }
 
-    const std::function<void(int)> &work;
-    const int shareCount;
+    // In an order that leaves little room between them.
     std::array<Share, mostShares> shares;
+    const std::function<void(int)> &work;
+    Job *following = nullptr;
+    const int shareCount;
     // Workers that take part. The one that leaves does not touch the job afterwards.
     std::atomic<int> workers{0};
     // Workers that may still come; guarded by the pool's mutex, as is the list.
     int places;
-    Job *following = nullptr;
 };
 
 class Pool
