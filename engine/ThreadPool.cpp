@@ -20,7 +20,7 @@ namespace
 
 // How long an idle thread looks for work before it sleeps. The next stage of a picture usually
 // follows sooner than a sleeper would wake.
-constexpr std::chrono::microseconds patience{25};
+constexpr std::chrono::microseconds patience{100};
 constexpr int looksAtOnce = 16; // between two looks at the clock
 
 void pauseProcessor()
@@ -113,6 +113,7 @@ public:
     void run(Job &job);
 
 private:
+    std::unique_lock<std::mutex> locked();
     void grow(int needed);
     void serve(int number);
     Job *openJob() const;
@@ -136,11 +137,25 @@ Pool &Pool::instance()
     return pool;
 }
 
+// Nobody holds the mutex for longer than it takes to try again some times, and to be woken takes
+// long.
+std::unique_lock<std::mutex> Pool::locked()
+{
+    std::unique_lock<std::mutex> lock(m_mutex, std::defer_lock);
+    for (int i = 0; i < looksAtOnce && !lock.try_lock(); ++i) {
+        pauseProcessor();
+    }
+    if (!lock.owns_lock()) {
+        lock.lock();
+    }
+    return lock;
+}
+
 void Pool::run(Job &job)
 {
     const int places = job.places;
     {
-        const std::lock_guard<std::mutex> lock(m_mutex);
+        const std::unique_lock<std::mutex> lock = locked();
         m_placesOffered += places;
         grow(std::min(m_placesOffered, std::max(places, usableProcessors())));
         job.following = m_jobs;
@@ -154,13 +169,13 @@ void Pool::run(Job &job)
     }
     job.takePart(0);
     {
-        const std::lock_guard<std::mutex> lock(m_mutex);
+        const std::unique_lock<std::mutex> lock = locked();
         m_placesOffered -= places;
         close(job);
     }
     const auto allLeft = [&job] { return job.workers.load(std::memory_order_acquire) == 0; };
     if (!spinUntil(allLeft)) {
-        std::unique_lock<std::mutex> lock(m_mutex);
+        std::unique_lock<std::mutex> lock = locked();
         m_workersLeft.wait(lock, allLeft);
     }
 }
@@ -179,7 +194,7 @@ void Pool::grow(int needed)
 
 void Pool::serve(int number)
 {
-    std::unique_lock<std::mutex> lock(m_mutex);
+    std::unique_lock<std::mutex> lock = locked();
     for (;;) {
         Job *job = openJob();
         if (job == nullptr) {
@@ -188,7 +203,7 @@ void Pool::serve(int number)
             // A job that came and went without this thread tells that more are on their way.
             const bool jobCame = spinUntil(
                 [this, seen] { return m_jobNumber.load(std::memory_order_acquire) != seen; });
-            lock.lock();
+            lock = locked();
             if (!jobCame) {
                 m_jobCame.wait(lock, [this] { return openJob() != nullptr; });
             }
@@ -199,7 +214,7 @@ void Pool::serve(int number)
         lock.unlock();
         job->takePart(number);
         const bool isLast = job->workers.fetch_sub(1, std::memory_order_acq_rel) == 1;
-        lock.lock();
+        lock = locked();
         if (isLast) {
             m_workersLeft.notify_all();
         }

@@ -3,6 +3,7 @@
 #include "engine/ThreadPool.h"
 
 #include <algorithm>
+#include <array>
 
 namespace ko::imagefx::engine
 {
@@ -19,6 +20,8 @@ constexpr int mostBlockRows = 128;
 constexpr size_t colours = 3;
 constexpr int narrowestColumn = 64;
 constexpr size_t columnBytes = 32768;
+// Two cache lines, since processors fetch them in pairs.
+constexpr size_t apart = 128;
 // A row that is convolved in strips prepares what they reach beyond themselves anew.
 constexpr int stripReaches = 4;
 constexpr int widestStrip = 8192;
@@ -93,13 +96,14 @@ void repeatEdges(Number *plane, int left, int inside, int right)
 
 } // namespace
 
-// What one worker needs for one piece of work.
-struct StageRunner::Scratch {
+// What one worker needs for one piece of work. Nothing that is written in every row lies beside
+// what another worker reads.
+struct alignas(apart) StageRunner::Scratch {
     std::atomic<bool> taken{false};
-    std::vector<uchar> expanded;
+    alignas(apart) std::vector<uchar> expanded;
     std::vector<uint32_t> strips;
-    std::vector<const void *> first;
-    std::vector<const void *> second;
+    std::array<const void *, mostTaps> first{};
+    std::array<const void *, mostTaps> second{};
 
     // The addresses of all taps, where offset 0 is at `centre`.
     void pointTo(const Neighbours &neighbours, const uchar *centre, std::ptrdiff_t step)
@@ -156,13 +160,11 @@ StageRunner::StageRunner(const Kernels &kernels, const StageGraph &graph, const 
     : m_kernels(kernels), m_stages(graph.stages()), m_size(size), m_threads(threads)
 {
     size_t expanded = 0;
-    size_t taps = 0;
     int strips = 0;
     m_rings.reserve(m_stages.size());
     for (const Stage &stage : m_stages) {
         m_rings.emplace_back(size.width(), stage.rows);
         expanded = std::max(expanded, expandedBytes(stage));
-        taps = std::max(taps, stage.neighbours.first.size());
         strips = std::max(strips, scratchStrips(stage.ops));
     }
     m_scratch.reserve(size_t(threads));
@@ -171,8 +173,6 @@ StageRunner::StageRunner(const Kernels &kernels, const StageGraph &graph, const 
         Scratch &scratch = *m_scratch.back();
         scratch.expanded.resize(expanded);
         scratch.strips.resize(size_t(strips) * (stripPixels + rowSlack));
-        scratch.first.resize(taps);
-        scratch.second.resize(taps);
     }
 }
 
