@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <memory>
-#include <new>
 
 namespace ko::imagefx::engine
 {
@@ -15,25 +13,21 @@ namespace ko::imagefx::engine
 class RowRing
 {
 public:
-    RowRing(int width, int rows) : m_rows(rows), m_stride(strideFor(width))
+    static size_t pixels(int width, int rows) { return strideFor(width) * size_t(rows); }
+
+    // Room for pixels() at `pixels`, which begin at a cache line and are not the ring's own.
+    RowRing(uint32_t *pixels, int width, int rows)
+        : m_rows(rows), m_stride(strideFor(width)), m_pixels(pixels)
     {
-        const size_t bytes = m_stride * size_t(rows) * sizeof(uint32_t);
-        m_pixels.reset(static_cast<uint32_t *>(::operator new(bytes, alignment)));
     }
 
-    uint32_t *row(int y) { return m_pixels.get() + m_stride * size_t(y % m_rows); }
-    const uint32_t *row(int y) const { return m_pixels.get() + m_stride * size_t(y % m_rows); }
+    uint32_t *row(int y) { return m_pixels + m_stride * size_t(y % m_rows); }
+    const uint32_t *row(int y) const { return m_pixels + m_stride * size_t(y % m_rows); }
     std::ptrdiff_t strideInBytes() const { return std::ptrdiff_t(m_stride * sizeof(uint32_t)); }
     // Of the rows from `y` on, up to `count`, how many follow each other in memory.
     int contiguous(int y, int count) const { return std::min(count, m_rows - y % m_rows); }
 
 private:
-    static constexpr std::align_val_t alignment{64};
-
-    struct Free {
-        void operator()(uint32_t *pixels) const { ::operator delete(pixels, alignment); }
-    };
-
     // Rows begin at cache lines. Rows that are a multiple of a page apart would push each other out
     // of the nearest cache.
     static size_t strideFor(int width)
@@ -46,7 +40,7 @@ private:
 
     int m_rows;
     size_t m_stride;
-    std::unique_ptr<uint32_t, Free> m_pixels;
+    uint32_t *m_pixels;
 };
 
 } // namespace ko::imagefx::engine

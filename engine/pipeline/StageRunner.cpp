@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <numeric>
 
 namespace ko::imagefx::engine
 {
@@ -86,6 +87,15 @@ size_t expandedBytes(const Stage &stage)
     return (colours * pixels + sumPixels) * numberBytes(neighbours);
 }
 
+// Of the rings of all stages.
+size_t pixelsOf(const std::vector<Stage> &stages, int width)
+{
+    return std::accumulate(stages.begin(), stages.end(), size_t(0),
+                           [width](size_t sum, const Stage &stage) {
+                               return sum + RowRing::pixels(width, stage.rows);
+                           });
+}
+
 // Beyond the edges of the picture there is more of them.
 template <class Number>
 void repeatEdges(Number *plane, int left, int inside, int right)
@@ -157,13 +167,19 @@ struct StageRunner::Block {
 
 StageRunner::StageRunner(const Kernels &kernels, const StageGraph &graph, const QSize &size,
                          int threads)
-    : m_kernels(kernels), m_stages(graph.stages()), m_size(size), m_threads(threads)
+    : m_kernels(kernels),
+      m_stages(graph.stages()),
+      m_size(size),
+      m_threads(threads),
+      m_pixels(pixelsOf(m_stages, size.width()))
 {
     size_t expanded = 0;
     int strips = 0;
+    uint32_t *pixels = m_pixels.data();
     m_rings.reserve(m_stages.size());
     for (const Stage &stage : m_stages) {
-        m_rings.emplace_back(size.width(), stage.rows);
+        m_rings.emplace_back(pixels, size.width(), stage.rows);
+        pixels += RowRing::pixels(size.width(), stage.rows);
         expanded = std::max(expanded, expandedBytes(stage));
         strips = std::max(strips, scratchStrips(stage.ops));
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/pipeline/PixelMemory.h"
 #include "engine/pipeline/RowRing.h"
 #include "engine/pipeline/StageGraph.h"
 
@@ -46,6 +47,7 @@ private:
     const std::vector<Stage> &m_stages;
     const QSize m_size;
     const int m_threads;
+    PixelMemory m_pixels;
     std::vector<RowRing> m_rings;
     std::vector<std::unique_ptr<Scratch>> m_scratch;
 };
