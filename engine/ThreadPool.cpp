@@ -110,7 +110,7 @@ class Pool
 public:
     static Pool &instance();
 
-    void run(Job &job);
+    void run(Job &job, const std::function<void()> &errand);
 
 private:
     std::unique_lock<std::mutex> locked();
@@ -151,7 +151,7 @@ std::unique_lock<std::mutex> Pool::locked()
     return lock;
 }
 
-void Pool::run(Job &job)
+void Pool::run(Job &job, const std::function<void()> &errand)
 {
     const int places = job.places;
     {
@@ -166,6 +166,9 @@ void Pool::run(Job &job)
         m_jobCame.notify_one();
     } else {
         m_jobCame.notify_all();
+    }
+    if (errand) {
+        errand();
     }
     job.takePart(0);
     {
@@ -256,17 +259,22 @@ int usableProcessors()
     return count;
 }
 
-void runParallel(int threads, int count, const std::function<void(int)> &work)
+void runParallel(int threads, int count, const std::function<void(int)> &work,
+                 const std::function<void()> &errand)
 {
-    const int workers = std::min(threads, count) - 1;
+    // With an errand there is something to do for two even if there is but one call.
+    const int workers = std::min(threads - 1, errand ? count : count - 1);
     if (workers < 1) {
+        if (errand) {
+            errand();
+        }
         for (int i = 0; i < count; ++i) {
             work(i);
         }
         return;
     }
     Job job(work, count, workers);
-    Pool::instance().run(job);
+    Pool::instance().run(job, errand);
 }
 
 } // namespace ko::imagefx::engine

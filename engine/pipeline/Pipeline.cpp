@@ -2,6 +2,9 @@
 
 #include "engine/InstructionSets.h"
 
+#include <exception>
+#include <functional>
+
 namespace ko::imagefx::engine
 {
 
@@ -14,7 +17,7 @@ Pipeline::Pipeline(const StackProgram &program, const QSize &size, bool opaque, 
 
 // The result's bands begin so far above the picture that the first stage, which is the farthest
 // ahead, makes no more than a band at once; every stage makes only those of its rows that are in
-// the picture.
+// the picture. The source gives the rows of the next band while this one is made.
 bool Pipeline::run(RowSource *source, BandSink *sink)
 {
     const std::vector<Stage> &stages = m_graph.stages();
@@ -23,25 +26,36 @@ bool Pipeline::run(RowSource *source, BandSink *sink)
         return int(qBound(qint64(0), end + stage.lead, qint64(height)));
     };
     qint64 begin = -qint64(stages.front().lead);
-    while (begin < height) {
+    bool isRead = read(source, 0, made(stages.front(), begin + m_graph.bandRows()));
+    while (isRead && begin < height) {
         const qint64 end = begin + m_graph.bandRows();
+        std::exception_ptr failure;
+        std::function<void()> readNext = [&] {
+            try {
+                isRead = read(source, made(stages.front(), end),
+                              made(stages.front(), end + m_graph.bandRows()));
+            } catch (...) {
+                failure = std::current_exception(); // the others are still at work
+            }
+        };
         for (size_t i = 0; i < stages.size(); ++i) {
-            const int from = made(stages.at(i), begin);
-            const int to = made(stages.at(i), end);
-            if (from == to) {
-                continue;
+            const Stage &stage = stages.at(i);
+            if (m_runner.run(i, made(stage, begin), made(stage, end), readNext)) {
+                readNext = nullptr;
             }
-            if (i == 0 && !read(source, from, to)) {
-                return false;
-            }
-            m_runner.run(i, from, to);
+        }
+        if (readNext) {
+            readNext();
+        }
+        if (failure) {
+            std::rethrow_exception(failure);
         }
         if (!write(sink, made(stages.back(), begin), made(stages.back(), end))) {
             return false;
         }
         begin = end;
     }
-    return true;
+    return isRead;
 }
 
 bool Pipeline::read(RowSource *source, int from, int to)

@@ -215,6 +215,9 @@ void StageGraph::schedule()
         keep(reader.input, reader, neighbourRows(reader).above);
         keep(reader.second, reader, 0);
     }
+    // While a band is made, the source gives the rows of the next one.
+    Stage &source = m_stages.front();
+    source.rows = std::min(source.rows + m_bandRows, m_size.height());
 }
 
 } // namespace ko::imagefx::engine

@@ -194,46 +194,50 @@ StageRunner::StageRunner(const Kernels &kernels, const StageGraph &graph, const 
 
 StageRunner::~StageRunner() = default;
 
-void StageRunner::run(size_t index, int from, int to)
+bool StageRunner::run(size_t index, int from, int to, const std::function<void()> &errand)
 {
     const Stage &stage = m_stages.at(index);
-    if (stage.head == Stage::Head::Source && stage.ops.empty()) {
-        return;
+    if (from == to || (stage.head == Stage::Head::Source && stage.ops.empty())) {
+        return false;
     }
     if (stage.head == Stage::Head::Convolution && stage.neighbours.vertical) {
-        runColumns(stage, from, to);
+        runColumns(stage, from, to, errand);
     } else {
-        runRows(stage, from, to);
+        runRows(stage, from, to, errand);
     }
+    return true;
 }
 
-void StageRunner::runRows(const Stage &stage, int from, int to)
+void StageRunner::runRows(const Stage &stage, int from, int to, const std::function<void()> &errand)
 {
     const int rows = std::max(1, taskPixels / m_size.width());
-    runParallel(m_threads, pieces(to - from, rows), [this, &stage, from, to, rows](int task) {
+    const auto makeSome = [this, &stage, from, to, rows](int task) {
         const ScratchLoan scratch(m_scratch);
         const int first = from + task * rows;
         const int end = std::min(to, first + rows);
         for (int y = first; y < end; ++y) {
             makeRow(stage, y, scratch.get());
         }
-    });
+    };
+    runParallel(m_threads, pieces(to - from, rows), makeSome, errand);
 }
 
-void StageRunner::runColumns(const Stage &stage, int from, int to)
+void StageRunner::runColumns(const Stage &stage, int from, int to,
+                             const std::function<void()> &errand)
 {
     const int width = columnWidth(stage.neighbours);
     const int rows = rowsPerBlock(stage.neighbours);
     const int columns = pieces(m_size.width(), width);
     const int blocks = pieces(to - from, rows);
-    runParallel(m_threads, columns * blocks, [=, &stage](int task) {
+    const auto makeBlock = [=, &stage](int task) {
         const ScratchLoan scratch(m_scratch);
         const int x = task % columns * width;
         const int first = from + task / columns * rows;
         convolveColumns(stage,
                         {x, std::min(width, m_size.width() - x), first, std::min(to, first + rows)},
                         scratch.get());
-    });
+    };
+    runParallel(m_threads, columns * blocks, makeBlock, errand);
 }
 
 void StageRunner::makeRow(const Stage &stage, int y, Scratch *scratch)

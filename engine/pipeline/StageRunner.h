@@ -5,6 +5,7 @@
 #include "engine/pipeline/StageGraph.h"
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -22,7 +23,9 @@ public:
     // The rows that stage number `index` has made; those of the source are filled in by the caller.
     RowRing &rows(size_t index) { return m_rings.at(index); }
     // Makes the rows from `from` to before `to` of the stage; what it reads must be there.
-    void run(size_t index, int from, int to);
+    // Meanwhile this thread runs the errand, if there is one; true when it did, which is when there
+    // was anything to make.
+    bool run(size_t index, int from, int to, const std::function<void()> &errand);
 
 private:
     Q_DISABLE_COPY(StageRunner)
@@ -31,8 +34,8 @@ private:
     class ScratchLoan;
     struct Block;
 
-    void runRows(const Stage &stage, int from, int to);
-    void runColumns(const Stage &stage, int from, int to);
+    void runRows(const Stage &stage, int from, int to, const std::function<void()> &errand);
+    void runColumns(const Stage &stage, int from, int to, const std::function<void()> &errand);
     void makeRow(const Stage &stage, int y, Scratch *scratch);
     void convolveRow(const Stage &stage, int y, Scratch *scratch);
     void convolveColumns(const Stage &stage, const Block &block, Scratch *scratch);
