@@ -109,11 +109,11 @@ void repeatEdges(Number *plane, int left, int inside, int right)
 // What one worker needs for one piece of work. Nothing that is written in every row lies beside
 // what another worker reads.
 struct alignas(apart) StageRunner::Scratch {
-    std::atomic<bool> taken{false};
-    alignas(apart) std::vector<uchar> expanded;
+    std::vector<uchar> expanded;
     std::vector<uint32_t> strips;
     std::array<const void *, mostTaps> first{};
     std::array<const void *, mostTaps> second{};
+    std::atomic<bool> taken{false};
 
     // The addresses of all taps, where offset 0 is at `centre`.
     void pointTo(const Neighbours &neighbours, const uchar *centre, std::ptrdiff_t step)
