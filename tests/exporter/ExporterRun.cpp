@@ -21,28 +21,6 @@ int worstChannel(QRgb a, QRgb b)
                      std::abs(qBlue(a) - qBlue(b)), std::abs(qAlpha(a) - qAlpha(b))});
 }
 
-ToolRun runProgram(const QString &program, const QStringList &arguments,
-                   const Environment &environment)
-{
-    QProcess process;
-    QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
-    for (const auto &variable : environment) {
-        variables.insert(variable.first, variable.second);
-    }
-    process.setProcessEnvironment(variables);
-    process.start(program, arguments);
-    ToolRun run;
-    if (!process.waitForFinished(timeLimit)) {
-        process.kill();
-        process.waitForFinished();
-        return run;
-    }
-    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    run.output = process.readAllStandardOutput();
-    run.errors = process.readAllStandardError();
-    return run;
-}
-
 } // namespace
 
 bool ToolRun::wroteOneErrorLine() const
@@ -54,6 +32,29 @@ bool ToolRun::wroteOneErrorLine() const
 QString toolPath()
 {
     return QStringLiteral(EXPORTER_PROGRAM);
+}
+
+ToolRun runProgram(const QString &program, const QStringList &arguments,
+                   const Environment &environment, const QString &folder)
+{
+    QProcess process;
+    QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
+    for (const auto &variable : environment) {
+        variables.insert(variable.first, variable.second);
+    }
+    process.setProcessEnvironment(variables);
+    process.setWorkingDirectory(folder);
+    process.start(program, arguments);
+    ToolRun run;
+    if (!process.waitForFinished(timeLimit)) {
+        process.kill();
+        process.waitForFinished();
+        return run;
+    }
+    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    run.output = process.readAllStandardOutput();
+    run.errors = process.readAllStandardError();
+    return run;
 }
 
 ToolRun runTool(const QStringList &arguments, const Environment &environment)

@@ -22,6 +22,9 @@ struct ToolRun {
 
 using Environment = QVector<QPair<QString, QString>>;
 
+// In the folder of this process unless told otherwise.
+ToolRun runProgram(const QString &program, const QStringList &arguments,
+                   const Environment &environment, const QString &folder = {});
 QString toolPath();
 ToolRun runTool(const QStringList &arguments, const Environment &environment = {});
 // Variables that keep a leak checker, where the tool is built with one, from what others leak.
