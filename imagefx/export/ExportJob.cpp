@@ -50,7 +50,10 @@ void ExportJob::writeEffects(const QList<ImageEffect *> &effects)
                 qUtf8Printable(m_effectsFile->errorString()));
         m_state = Failed;
     }
+    // Closing alone keeps the descriptor, of which a long queue would use up all that there are.
+    // The file is still removed with the object.
     m_effectsFile->close();
+    m_effectsFile->setFileName(m_effectsFile->fileName());
 }
 
 void ExportJob::start()
@@ -75,6 +78,9 @@ void ExportJob::cancel()
     if (m_process != nullptr && m_deadline.isForever()) {
         m_deadline.setRemainingTime(patience);
         m_process->disconnect(this);
+        // Until the program runs the process is a copy of this one: a handler of the application's
+        // would take the signal for one to itself.
+        m_process->waitForStarted(patience);
         m_process->terminate();
     }
 }

@@ -90,8 +90,6 @@ QStringList MessageLog::texts(QtMsgType type)
 ExportBench::ExportBench(Maker maker, const char *program)
     : m_formerFolder(qgetenv("TMPDIR")), m_formerProgram(exportProgramName)
 {
-    // A program that is ended before it runs is still this one, whose handler would report a crash.
-    std::signal(SIGTERM, SIG_DFL);
     for (const char *name : {"tmp", "targets", "scripts", "gates"}) {
         QDir(m_folder.path()).mkdir(QLatin1String(name));
     }

@@ -175,6 +175,20 @@ private Q_SLOTS:
         QCOMPARE(bench.read("copy"), jsonOf({&lives}));
     }
 
+    // A program at work has its target there already, and says when it is done.
+    void aTargetThatGrowsSlowlyIsReportedWhenItIsWhole()
+    {
+        ExportBench bench;
+        const QByteArray content = "what takes half a second to write, byte by byte";
+        bench.start("a.png", "write " + content + '\n');
+        QVERIFY(QTest::qWaitFor([&] { return !bench.read("targets/a.png").isEmpty(); }, patience));
+        QVERIFY(bench.read("targets/a.png").size() < content.size());
+        QCOMPARE(bench.reports().size(), 0);
+        QVERIFY(bench.waitForReports(1));
+        QVERIFY(bench.reports().first().finished);
+        QCOMPARE(bench.read("targets/a.png"), content);
+    }
+
     void withoutATargetTheFileHasItsOwnName()
     {
         ExportBench bench;

@@ -8,6 +8,10 @@
 #include <QtCore/QTimer>
 #include <QtGui/QImage>
 
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+
 using namespace ko::imagefx;
 using namespace ko::imagefx::test;
 
@@ -18,6 +22,46 @@ namespace
 constexpr int longestGoodbye = 4000; // ms
 // Less than that: who listens need not be waited for.
 constexpr int quickGoodbye = 1500; // ms
+
+// As applications listen that tidy up before they end: the handler writes to a pipe, which a copy
+// of this process would have, too.
+class SigtermListener
+{
+public:
+    SigtermListener()
+    {
+        if (pipe2(m_pipe, O_CLOEXEC | O_NONBLOCK) != 0) {
+            qFatal("there is no pipe");
+        }
+        writeEnd = m_pipe[1];
+        m_former = std::signal(SIGTERM, [](int) {
+            const ssize_t written = write(writeEnd, "x", 1);
+            Q_UNUSED(written)
+        });
+    }
+    ~SigtermListener()
+    {
+        std::signal(SIGTERM, m_former);
+        close(m_pipe[0]);
+        close(m_pipe[1]);
+    }
+
+    bool wasCalled() const
+    {
+        char byte = 0;
+        return read(m_pipe[0], &byte, 1) == 1;
+    }
+
+private:
+    Q_DISABLE_COPY(SigtermListener)
+
+    static int writeEnd;
+
+    int m_pipe[2]{};
+    void (*m_former)(int);
+};
+
+int SigtermListener::writeEnd = -1;
 
 } // namespace
 
@@ -61,6 +105,26 @@ private Q_SLOTS:
         QCOMPARE(bench.noted("start").size(), slotCount);
         QCOMPARE(bench.reports().size(), 0);
         QCOMPARE(log.count(), 0);
+    }
+
+    // A new process is a copy of the application at first, with its handlers of signals.
+    void anApplicationThatListensToSigtermIsNotToldToEnd()
+    {
+        constexpr int manyTimes = 20;
+        const SigtermListener listener;
+        for (int i = 0; i < manyTimes; ++i) {
+            ExportBench bench;
+            for (int k = 0; k < slotCount; ++k) {
+                bench.start("a.png", bench.untilOpen("never"));
+            }
+            QVERIFY(QMetaObject::invokeMethod(bench.exporter(), "processQueue"));
+            QElapsedTimer clock;
+            clock.start();
+            bench.deleteExporter();
+            QVERIFY2(clock.elapsed() < quickGoodbye, qPrintable(QString::number(clock.elapsed())));
+            QCOMPARE(bench.alive(), 0);
+        }
+        QVERIFY(!listener.wasCalled());
     }
 
     void anExporterThatIsDestroyedBeforeAnyTickLeavesNothing()

@@ -2,6 +2,7 @@
 #include "tests/export/ExportBench.h"
 #include "tests/support/TestMain.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QProcess>
 #include <QtCore/QTimer>
@@ -38,6 +39,11 @@ QStringList allNumbered(int count)
 bool wasStarted(const ExportBench &bench)
 {
     return bench.exporter()->findChild<QProcess *>() != nullptr;
+}
+
+int openFiles()
+{
+    return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::System | QDir::Files).size();
 }
 
 // Every moment at which one more or one less program runs.
@@ -215,6 +221,20 @@ private Q_SLOTS:
         QCOMPARE(bench.alive(), 0);
         QCOMPARE(bench.temporaryFiles().size(), 1);
         QCOMPARE(bench.exporter()->children().size(), 1);
+        bench.deleteExporter();
+        QCOMPARE(bench.temporaryFiles(), QStringList());
+    }
+
+    // Or else a long queue would leave the application none.
+    void whatWaitsKeepsNoFileOpen()
+    {
+        ExportBench bench;
+        const int before = openFiles();
+        for (int i = 0; i < manyExports; ++i) {
+            bench.start(numbered(i));
+        }
+        QCOMPARE(openFiles(), before);
+        QCOMPARE(bench.temporaryFiles().size(), 1 + manyExports);
         bench.deleteExporter();
         QCOMPARE(bench.temporaryFiles(), QStringList());
     }
