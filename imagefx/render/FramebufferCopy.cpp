@@ -2,7 +2,9 @@
 
 #include "imagefx/render/BasePass.h"
 
+#include <QtGui/QOpenGLContext>
 #include <QtGui/QOpenGLFramebufferObject>
+#include <QtGui/QOpenGLFunctions>
 
 namespace ko::imagefx
 {
@@ -14,6 +16,9 @@ void copyFramebuffer(QOpenGLFramebufferObject *source, QOpenGLFramebufferObject 
         return;
     }
     target->bind();
+    // A caller between two frames has the viewport of something else.
+    QOpenGLContext::currentContext()->functions()->glViewport(0, 0, target->width(),
+                                                              target->height());
     BasePass::shared()->draw(source->texture(), QRectF(0.0, 0.0, 1.0, 1.0));
     target->release();
 }
