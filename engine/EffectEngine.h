@@ -37,7 +37,8 @@ public:
 // Draws pictures through a list of effects on the processor: without OpenGL, a window or a limit on
 // the size, and with the same result as ImageEffectRenderer but for roundings. Like there, every
 // effect is drawn, also one that is off or neutral; in a batch those are skipped. An effect whose
-// blend mode is none of ImageEffect's leaves the picture as it is.
+// blend mode is none of ImageEffect's leaves the picture as it is. Unlike there, a mask of hue and
+// one of luminance are each read as what they are, whatever other effects the stack has.
 //
 // The effects are read once, in the constructor, on the thread that owns them, and may change or go
 // afterwards. All else may be called on any thread, and render() on several at once.

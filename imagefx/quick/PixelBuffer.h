@@ -28,7 +28,8 @@ class KORVELIMAGEFX_EXPORT PixelBuffer : public QQuickFramebufferObject
     // Empty, the default: the largest centred part that has the item's aspect ratio.
     Q_PROPERTY(QRectF sourceRect READ sourceRect WRITE setSourceRect NOTIFY sourceRectChanged)
     // The size in pixels of the full picture that the texture stands for, so that a preview shows
-    // radii as the export will. Invalid, the default: that of the texture.
+    // radii as the export will; under a RenderScope with a ratio above 1 they reach less far, by
+    // that ratio. Invalid, the default: that of the texture.
     Q_PROPERTY(
         QSize referenceSize READ referenceSize WRITE setReferenceSize NOTIFY referenceSizeChanged)
     // While true the picture stays as it is. Default false.
