@@ -26,7 +26,7 @@ struct ExportOptions {
     QColor background = Qt::white;
     // Larger sources are refused before they are decoded.
     qint64 maxPixels = 300000000;
-    // A stack with anything that would be left out is a failure.
+    // A stack with anything that would be left out or read differently is a failure.
     bool strict = false;
     // Notes on standard error.
     bool verbose = false;

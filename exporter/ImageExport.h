@@ -19,7 +19,7 @@ struct ExportRequest {
     QString source;
     QString target;
     QString effects;
-    // With `strict` a stack with anything that would be left out is a failure.
+    // With `strict` a stack with anything that would be left out or read differently is a failure.
     ExportOptions options;
     // How many work on the picture, for an engine that lets one choose; at least 1.
     int threads = 1;

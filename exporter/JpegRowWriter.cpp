@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace ko::exporter
 {
@@ -12,6 +13,8 @@ namespace
 {
 
 constexpr int smallestStep = 65536;
+// Some bytes less than a QByteArray can count, since it keeps a header beside them.
+constexpr int largestFile = std::numeric_limits<int>::max() - 64;
 
 UINT16 dotsPerInch(int dotsPerMeter)
 {
@@ -30,7 +33,12 @@ struct JpegRowWriter::Compressor {
         destination.empty_output_buffer = [](j_compress_ptr common) -> boolean {
             Compressor *self = of(common);
             const int used = self->file->size();
-            self->file->resize(used + used / 2 + smallestStep);
+            const int room = grownSize(used);
+            if (room == used) {
+                self->errors.message = QStringLiteral("the file would be larger than 2 GiB");
+                std::longjmp(self->errors.jump, 1);
+            }
+            self->file->resize(room);
             self->offer(used);
             return TRUE;
         };
@@ -73,6 +81,11 @@ JpegRowWriter::JpegRowWriter(const QSize &size, bool isGray, const QImage &resol
 }
 
 JpegRowWriter::~JpegRowWriter() = default;
+
+int JpegRowWriter::grownSize(int size)
+{
+    return int(std::min<qint64>(qint64(size) + size / 2 + smallestStep, largestFile));
+}
 
 bool JpegRowWriter::start(const QSize &size, bool isGray, const QImage &resolution, int quality)
 {

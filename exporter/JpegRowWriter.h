@@ -28,6 +28,10 @@ public:
     // `file` is then empty.
     QString finish();
 
+    // The room for a file that has filled `size` bytes: larger by more than half, up to what a
+    // QByteArray holds. The same size where there is no more.
+    static int grownSize(int size);
+
 private:
     Q_DISABLE_COPY(JpegRowWriter)
 

@@ -57,9 +57,10 @@ std::vector<OptionGroup> makeGroups()
               "Relative file URLs in the stack, as those of lookup tables, are taken relative to "
               "this file. A file beyond 64 MiB, or with more than 1,000 effects, is refused."},
              {"--strict", Value::None, "", Kind::None,
-              "refuse a stack with anything that would be left out or read differently, instead "
-              "of warning about it",
-              ""},
+              "refuse a stack with anything that would be left out or read differently, which is "
+              "all that --check reports",
+              "Without it what cannot be drawn is left out with a warning, and the rest, as a "
+              "value that is clamped, is read as well as it can be."},
              {"--check", Value::None, "", Kind::None,
               "read the stacks that are named, or that of --effects, and report every mistake "
               "with its place; renders nothing",

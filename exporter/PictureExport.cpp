@@ -35,18 +35,24 @@ QSize fitted(const QSize &size, const QSize &limit)
 // Each pixel becomes the mean of the area it covers, in the file's own (gamma)
 // values like nearly everybody's tools. Qt does it without conversion for 32
 // bits in one of its own orders, and the order of the channels does not matter
-// here.
+// here. Grey it would turn into 8 bits a channel of colour.
 QImage scaled(QImage picture, const QSize &size)
 {
     const QImage::Format format = picture.format();
     if (format == QImage::Format_RGBX8888) {
         picture.reinterpretAsFormat(QImage::Format_RGB32);
+    } else if (format == QImage::Format_Grayscale16) {
+        picture = std::move(picture).convertToFormat(QImage::Format_RGBX64);
+        if (picture.isNull()) {
+            return picture;
+        }
     }
     picture = picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     if (format == QImage::Format_RGBX8888) {
         picture.reinterpretAsFormat(format);
     }
-    return format == QImage::Format_Grayscale8 ? picture.convertToFormat(format) : picture;
+    const bool isGray = format == QImage::Format_Grayscale8 || format == QImage::Format_Grayscale16;
+    return isGray ? picture.convertToFormat(format) : picture;
 }
 
 bool hasDeepChannels(const QImage &picture)

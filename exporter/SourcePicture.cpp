@@ -240,6 +240,8 @@ Outcome SourcePicture::decodeByQt()
     if (m_data.iccProfile.isEmpty()) {
         m_data.iccProfile = profileOf(m_image.colorSpace());
     }
+    // The codec reads one from every kind of file, if it understands it.
+    m_data.hasUnreadProfile = m_data.hasUnreadProfile && !m_image.colorSpace().isValid();
     m_image.setColorSpace(QColorSpace());
     m_texts = plainTexts(m_image);
     m_image = withoutTexts(m_image);

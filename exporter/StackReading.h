@@ -10,8 +10,8 @@ namespace ko::exporter
 
 class EffectStack;
 
-// Reads a file into a new stack. What cannot be drawn is left out, each with a line in `warnings`;
-// or, when `strict`, it is a failure.
+// Reads a file into a new stack. What cannot be drawn is left out, each with a line in `warnings`.
+// When `strict`, everything that StackCheck tells of is a failure.
 Outcome readStack(const QString &path, bool strict, EffectStack *stack, QStringList *warnings);
 
 } // namespace ko::exporter

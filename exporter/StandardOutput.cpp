@@ -21,15 +21,19 @@ void printLine(const QString &text)
     print(line.toLocal8Bit() + '\n');
 }
 
+Failure unprintable(int error)
+{
+    return {ExitCode::TargetWrite,
+            QStringLiteral("standard output cannot be written: %1").arg(qt_error_string(error))};
+}
+
 Outcome finishPrinting()
 {
     errno = 0;
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) {
         return {};
     }
-    return Failure{
-        ExitCode::TargetWrite,
-        QStringLiteral("standard output cannot be written: %1").arg(qt_error_string(errno))};
+    return unprintable(errno);
 }
 
 } // namespace ko::exporter

@@ -12,6 +12,8 @@ namespace ko::exporter
 void print(const QByteArray &text);
 // Prints one line. Control characters become blanks, so it is always one.
 void printLine(const QString &text);
+// Standard output does not take more, for the reason `error`, a value of errno.
+Failure unprintable(int error);
 // To be called when everything is printed: whether it went out, as it does not on a full disk.
 Outcome finishPrinting();
 

@@ -15,6 +15,7 @@
 #include <QtGui/QPainter>
 #include <QtGui/QPixelFormat>
 
+#include <climits>
 #include <utility>
 
 namespace ko::exporter
@@ -57,6 +58,22 @@ bool writeAll(QSaveFile *target, const QByteArray &bytes)
         done += count;
     }
     return true;
+}
+
+// A file that is replaced has another one with a longer name beside it for a moment.
+bool isTooLongToBeReplaced(const QString &path)
+{
+    constexpr int addition = 7; // ".XXXXXX"
+    const QString name = QFileInfo(QFileInfo(path).canonicalFilePath()).fileName();
+    return QFile::encodeName(name).size() + addition > NAME_MAX;
+}
+
+QString reasonOf(const QSaveFile &target)
+{
+    return target.error() == QFileDevice::UnspecifiedError &&
+                   isTooLongToBeReplaced(target.fileName())
+               ? QStringLiteral("its name is too long to be replaced safely")
+               : target.errorString();
 }
 
 PictureFormat chosenFormat(const QString &path, const QByteArray &format)
@@ -106,6 +123,7 @@ Outcome TargetWriter::write(const QImage &image, const EmbeddedData &data,
     if (Outcome failure = check()) {
         return failure;
     }
+    noteUnread(data);
     EmbeddedData kept = keptData(data, image.size());
     QImage picture = prepared(image, &kept.iccProfile);
     if (m_format.kind() == PictureFormat::Png && m_options.keep == ExportOptions::Keep::All) {
@@ -166,6 +184,23 @@ EmbeddedData TargetWriter::keptData(const EmbeddedData &data, const QSize &size)
         kept.comments = data.comments;
     }
     return kept;
+}
+
+void TargetWriter::noteUnread(const EmbeddedData &data)
+{
+    QStringList kinds;
+    if (m_options.keep == ExportOptions::Keep::All && m_format.holdsMetadata()) {
+        kinds = data.unread;
+    }
+    if (m_options.keep != ExportOptions::Keep::None && m_format.holdsProfile() &&
+        data.hasUnreadProfile) {
+        kinds.append(QStringLiteral("ICC profile"));
+    }
+    for (const QString &kind : qAsConst(kinds)) {
+        m_warnings.append(QStringLiteral("the target %1 does not have the source's %2, which "
+                                         "cannot be read from BigTIFF")
+                              .arg(m_path, kind));
+    }
 }
 
 // Clears the profile where it cannot describe what is written.
@@ -238,8 +273,9 @@ Outcome TargetWriter::save(const QByteArray &file) const
                            .arg(m_path, target.errorString())};
     }
     if (!writeAll(&target, file) || !target.commit()) {
-        return Failure{ExitCode::TargetWrite, QStringLiteral("the target %1 cannot be written: %2")
-                                                  .arg(m_path, target.errorString())};
+        return Failure{
+            ExitCode::TargetWrite,
+            QStringLiteral("the target %1 cannot be written: %2").arg(m_path, reasonOf(target))};
     }
     return {};
 }

@@ -45,6 +45,7 @@ public:
 private:
     QByteArray keptProfile(const EmbeddedData &data) const;
     EmbeddedData keptData(const EmbeddedData &data, const QSize &size) const;
+    void noteUnread(const EmbeddedData &data);
     QImage prepared(const QImage &image, QByteArray *iccProfile);
     QString encode(const QImage &image, QByteArray *file) const;
     QByteArray withData(QByteArray file, const QImage &image, const EmbeddedData &data);

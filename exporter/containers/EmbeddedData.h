@@ -2,6 +2,7 @@
 
 #include <QtCore/QByteArray>
 #include <QtCore/QList>
+#include <QtCore/QStringList>
 
 namespace ko::exporter
 {
@@ -22,6 +23,11 @@ struct EmbeddedData {
     // and comments.
     QList<QByteArray> extendedXmp;
     QList<QByteArray> comments;
+
+    // What the file has and these do not hold, since it cannot be read from a
+    // file of this kind: the profile, and others by their names for people.
+    bool hasUnreadProfile = false;
+    QStringList unread;
 };
 
 } // namespace ko::exporter

@@ -1,10 +1,12 @@
 #include "exporter/containers/TiffContainer.h"
 
+#include "exporter/containers/BigTiff.h"
 #include "exporter/containers/PhotoshopBlock.h"
 #include "exporter/containers/TiffDirectory.h"
 
 #include <exiv2/exiv2.hpp>
 
+#include <algorithm>
 #include <mutex>
 
 namespace ko::exporter
@@ -14,6 +16,9 @@ namespace
 {
 
 enum Tag : quint16 {
+    xResolution = 0x011a,
+    yResolution = 0x011b,
+    resolutionUnit = 0x0128,
     xmpPacket = 700,
     xmpStandIn = 701,
     iptcData = 33723,
@@ -74,9 +79,9 @@ EmbeddedData takeRawData(QByteArray *bytes)
 }
 
 // Tags that describe how the pixels of this one file are stored.
-bool describesStorage(const Exiv2::Exifdatum &datum)
+bool describesStorage(quint16 tag)
 {
-    switch (datum.tag()) {
+    switch (tag) {
     case 0x00fe:    // new subfile type
     case 0x00ff:    // subfile type
     case 0x0100:    // width
@@ -118,10 +123,20 @@ bool isCarried(const Exiv2::Exifdatum &datum)
 {
     const std::string group = datum.groupName();
     if (group == "Image") {
-        return !describesStorage(datum);
+        return !describesStorage(datum.tag());
     }
     return group != "Thumbnail" && group.compare(0, 8, "SubImage") != 0 &&
            group.compare(0, 5, "Image") != 0;
+}
+
+// Whether nothing is lost with what is not carried over, as where there is nothing but an
+// orientation, which the target does not need.
+bool describesStorageOnly(const Exiv2::ExifData &all)
+{
+    return !all.empty() && std::all_of(all.begin(), all.end(), [](const Exiv2::Exifdatum &datum) {
+        return datum.groupName() == "Image" && datum.tag() != hiddenTag &&
+               describesStorage(datum.tag());
+    });
 }
 
 Exiv2::ExifData carried(const Exiv2::ExifData &all)
@@ -133,6 +148,32 @@ Exiv2::ExifData carried(const Exiv2::ExifData &all)
         }
     }
     return kept;
+}
+
+// What is there, told by its tags. The resolution comes with the pixels.
+EmbeddedData unreadInBigTiff(const std::vector<quint16> &tags)
+{
+    EmbeddedData data;
+    const auto note = [&data](const QString &kind) {
+        if (!data.unread.contains(kind)) {
+            data.unread.append(kind);
+        }
+    };
+    for (const quint16 tag : tags) {
+        if (tag == iccProfile) {
+            data.hasUnreadProfile = true;
+        } else if (tag == xmpPacket) {
+            note(QStringLiteral("XMP data"));
+        } else if (tag == iptcData) {
+            note(QStringLiteral("IPTC data"));
+        } else if (tag == photoshopResources) {
+            note(QStringLiteral("image resources"));
+        } else if (!describesStorage(tag) && tag != xResolution && tag != yResolution &&
+                   tag != resolutionUnit) {
+            note(QStringLiteral("EXIF data"));
+        }
+    }
+    return data;
 }
 
 QByteArray exifBlock(const QByteArray &file)
@@ -172,7 +213,7 @@ void addExif(Exiv2::Image *image, const QByteArray &exif, QStringList *leftOut)
         all.clear();
     }
     const Exiv2::ExifData kept = carried(all);
-    if (kept.empty()) {
+    if (kept.empty() && !describesStorageOnly(all)) {
         leftOut->append(QStringLiteral("EXIF data"));
     }
     Exiv2::ExifData &exifData = image->exifData();
@@ -218,6 +259,10 @@ void addXmp(Exiv2::Image *image, const QByteArray &xmp)
 EmbeddedData takeTiffContainer(QByteArray *file)
 {
     startExiv2();
+    const std::vector<quint16> bigTags = bigTiffTags(*file);
+    if (!bigTags.empty()) {
+        return unreadInBigTiff(bigTags);
+    }
     EmbeddedData data = takeRawData(file);
     try {
         data.exif = exifBlock(*file);

@@ -7,6 +7,7 @@
 #include "exporter/PictureRenderer.h"
 #include "exporter/ProcessorRenderer.h"
 #include "exporter/StackReading.h"
+#include "exporter/StandardOutput.h"
 #include "exporter/folder/InputFiles.h"
 #include "exporter/folder/Interruption.h"
 #include "exporter/folder/PictureJob.h"
@@ -15,6 +16,7 @@
 #include "exporter/folder/TargetPlan.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <memory>
 
@@ -145,33 +147,34 @@ int report(Progress *progress, const Failure &failure)
 int exportFolder(const CommandLine &commandLine)
 {
     Progress progress(commandLine.progress(), commandLine.options().verbose);
-    TargetPlan plan(commandLine.targetFolder(), targetSuffix(commandLine));
+    TargetPlan plan(commandLine.targetFolder(), targetSuffix(commandLine),
+                    commandLine.skipExisting());
     if (const Outcome failure = makePlan(commandLine, &progress, &plan)) {
         return report(&progress, *failure);
     }
     // A reader of the events that goes ends the run as a signal does.
     std::signal(SIGPIPE, SIG_IGN);
-    bool readerGone = false;
     Interruption interruption;
     Run run(commandLine, plan, &progress);
     if (const Outcome failure = run.prepare()) {
         return report(&progress, *failure);
     }
-    progress.setReaderGone([&] {
-        readerGone = true;
-        run.stop();
-    });
+    progress.setEventsLost([&run] { run.stop(); });
     progress.start(int(plan.pictures().size()));
     interruption.listen({[&run] { run.stop(); }, [&progress] { progress.tick(); }});
     run.exportAll();
     interruption.finish();
     // A signal that comes when all is done changes nothing.
     const Tally tally = progress.tally();
-    const int signal = tally.over() == tally.total ? 0
-                       : readerGone                ? SIGPIPE
-                                                   : interruption.signalNumber();
-    progress.end(signal != 0);
-    return exitStatus(tally, signal);
+    const bool complete = tally.over() == tally.total;
+    const int signal = complete ? 0 : interruption.signalNumber();
+    progress.end(signal != 0 || (!complete && progress.eventsError() != 0));
+    // Events that are lost count to the last one.
+    const int error = progress.eventsError();
+    if (error != 0 && error != EPIPE) {
+        return report(&progress, unprintable(error));
+    }
+    return exitStatus(tally, error == EPIPE ? SIGPIPE : signal);
 }
 
 } // namespace ko::exporter

@@ -31,7 +31,7 @@ PictureJob::PictureJob(const PlannedPicture &picture, const JobSurroundings &sur
 bool PictureJob::load()
 {
     m_clock.start();
-    if (m_surroundings.skipExisting && !m_picture.failure && QFileInfo(m_picture.target).isFile()) {
+    if (isSkipped()) {
         m_surroundings.progress.skipped(m_picture.source, m_picture.target);
         return false;
     }
@@ -61,6 +61,13 @@ void PictureJob::save()
     if (succeeds([this] { return m_export.save(); })) {
         reportDone();
     }
+}
+
+// A target may also have come since the plan was made, from a run beside this one.
+bool PictureJob::isSkipped() const
+{
+    return m_picture.skipped || (m_surroundings.skipExisting && !m_picture.failure &&
+                                 QFileInfo(m_picture.target).isFile());
 }
 
 void PictureJob::reportDone()

@@ -43,6 +43,7 @@ public:
 private:
     template <class Step>
     bool succeeds(Step step);
+    bool isSkipped() const;
     void reportDone();
     Outcome makeFolder() const;
 

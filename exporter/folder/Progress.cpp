@@ -2,6 +2,7 @@
 
 #include "exporter/ErrorCapture.h"
 
+#include <cerrno>
 #include <utility>
 
 namespace ko::exporter
@@ -28,10 +29,10 @@ Progress::Progress(CommandLine::Progress kind, bool verbose)
     m_clock.start();
 }
 
-void Progress::setReaderGone(std::function<void()> readerGone)
+void Progress::setEventsLost(std::function<void()> eventsLost)
 {
     const Lock lock(m_mutex);
-    m_readerGone = std::move(readerGone);
+    m_eventsLost = std::move(eventsLost);
 }
 
 void Progress::start(int total)
@@ -106,7 +107,8 @@ void Progress::end(bool interrupted)
     }
     // Where nobody watches, success needs no words.
     const bool complete = m_tally.done + m_tally.skipped == m_tally.total;
-    if (!complete || m_bar || m_verbose) {
+    const bool failureComes = eventsLostFor() != 0 && eventsLostFor() != EPIPE;
+    if (!failureComes && (!complete || m_bar || m_verbose)) {
         line(lastLine(interrupted));
     }
     m_bar.reset();
@@ -116,6 +118,12 @@ Tally Progress::tally() const
 {
     const Lock lock(m_mutex);
     return m_tally;
+}
+
+int Progress::eventsError() const
+{
+    const Lock lock(m_mutex);
+    return eventsLostFor();
 }
 
 void Progress::line(const QString &text)
@@ -135,9 +143,14 @@ void Progress::draw()
 
 void Progress::sent(bool successful)
 {
-    if (!successful && m_readerGone) {
-        std::exchange(m_readerGone, nullptr)();
+    if (!successful && m_eventsLost) {
+        std::exchange(m_eventsLost, nullptr)();
     }
+}
+
+int Progress::eventsLostFor() const
+{
+    return m_events ? m_events->error() : 0;
 }
 
 QString Progress::lastLine(bool interrupted) const

@@ -25,8 +25,8 @@ class Progress
 public:
     Progress(CommandLine::Progress kind, bool verbose);
 
-    // Called, at most once, when the reader of the events has gone.
-    void setReaderGone(std::function<void()> readerGone);
+    // Called, at most once, when an event is lost, as when their reader has gone.
+    void setEventsLost(std::function<void()> eventsLost);
 
     void start(int total);
     void done(const QString &source, const QString &target, double seconds,
@@ -39,9 +39,12 @@ public:
     void warn(const QString &text);
     // Brings the bar up to date, as when the terminal has another width.
     void tick();
+    // Leaves the last line out where the lost events are a failure that is still to be told.
     void end(bool interrupted);
 
     Tally tally() const;
+    // As ProgressEvents::error(); 0 without events.
+    int eventsError() const;
 
 private:
     using Lock = std::lock_guard<std::mutex>;
@@ -49,13 +52,14 @@ private:
     void line(const QString &text);
     void draw();
     void sent(bool successful);
+    int eventsLostFor() const;
     QString lastLine(bool interrupted) const;
 
     const bool m_verbose;
     mutable std::mutex m_mutex;
     std::unique_ptr<ProgressBar> m_bar;
     std::unique_ptr<ProgressEvents> m_events;
-    std::function<void()> m_readerGone;
+    std::function<void()> m_eventsLost;
     QElapsedTimer m_clock;
     Tally m_tally;
 };

@@ -11,20 +11,27 @@ namespace ko::exporter
 {
 
 // The events of a run for programs: one JSON object a line on standard output, written at once.
-// docs/many-pictures.md is the contract. Every function returns whether the line went out; when the
-// reader has gone it did not.
+// docs/many-pictures.md is the contract. Every function returns whether the line went out. It waits
+// for a slow reader, also where standard output does not; when the reader has gone or the disk is
+// full the line is lost, and so are all that follow, since it may have gone out in part.
 class ProgressEvents
 {
 public:
-    bool started(const Tally &tally) const;
+    bool started(const Tally &tally);
     bool done(const QString &source, const QString &target, double seconds,
-              const QStringList &warnings) const;
-    bool failed(const QString &source, const QString &target, const Failure &failure) const;
-    bool skipped(const QString &source, const QString &target) const;
-    bool ended(const Tally &tally, double seconds, bool interrupted) const;
+              const QStringList &warnings);
+    bool failed(const QString &source, const QString &target, const Failure &failure);
+    bool skipped(const QString &source, const QString &target);
+    bool ended(const Tally &tally, double seconds, bool interrupted);
+
+    // Why the first line was lost, a value of errno: EPIPE when the reader has gone. 0 while none
+    // was.
+    int error() const { return m_error; }
 
 private:
-    bool write(const char *event, QJsonObject properties) const;
+    bool write(const char *event, QJsonObject properties);
+
+    int m_error = 0;
 };
 
 } // namespace ko::exporter

@@ -2,6 +2,7 @@
 
 #include <QtCore/QByteArray>
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 
 #include <cstdlib>
 #include <memory>
@@ -70,10 +71,11 @@ QString withSuffix(const QString &name, const QString &suffix)
 
 } // namespace
 
-TargetPlan::TargetPlan(const QString &targetFolder, const QString &suffix)
+TargetPlan::TargetPlan(const QString &targetFolder, const QString &suffix, bool skipExisting)
     : m_targetFolder(targetFolder.endsWith(QLatin1Char('/')) ? targetFolder
                                                              : targetFolder + QLatin1Char('/')),
-      m_suffix(suffix)
+      m_suffix(suffix),
+      m_skipExisting(skipExisting)
 {
 }
 
@@ -93,8 +95,9 @@ Outcome TargetPlan::make(const std::vector<InputFile> &files)
     m_pictures.reserve(files.size());
     for (const InputFile &file : files) {
         const QString target = targetOf(file.place);
-        m_pictures.push_back({file.source, target, file.failure});
-        if (file.failure) {
+        const bool skipped = m_skipExisting && !file.failure && QFileInfo(target).isFile();
+        m_pictures.push_back({file.source, target, file.failure, skipped});
+        if (file.failure || skipped) {
             continue;
         }
         const QString real = realNames.of(target);

@@ -238,7 +238,67 @@ QByteArray profileInTiff(const QByteArray &file)
     return {};
 }
 
+QByteArray rgbBytes(const QImage &image)
+{
+    QByteArray pixels;
+    const QImage rgb = image.convertToFormat(QImage::Format_RGB888);
+    for (int y = 0; y < rgb.height(); ++y) {
+        pixels.append(reinterpret_cast<const char *>(rgb.constScanLine(y)), 3 * rgb.width());
+    }
+    return pixels;
+}
+
 } // namespace
+
+// Values of up to eight bytes stand in their entries, and the entries in the order of their tags.
+QByteArray encodeBigTiff(const QImage &image, bool isBigEndian,
+                         const QMap<quint16, QByteArray> &blocks)
+{
+    const auto number = [isBigEndian](auto value) {
+        return isBigEndian ? bigEndian(value) : littleEndian(value);
+    };
+    struct Entry {
+        quint16 type;
+        quint64 count;
+        QByteArray value;
+    };
+    constexpr quint16 byteType = 1;
+    constexpr quint16 shortType = 3;
+    constexpr quint16 longType = 16; // of eight bytes
+    const QByteArray pixels = rgbBytes(image);
+    const quint16 shorts[][2] = {{259, 1}, {262, 2}, {277, 3}}; // plain, RGB, samples a pixel
+    const quint64 longs[][2] = {{256, quint64(image.width())},
+                                {257, quint64(image.height())},
+                                {273, 16}, // the pixels come first
+                                {278, quint64(image.height())},
+                                {279, quint64(pixels.size())}};
+    QMap<quint16, Entry> entries;
+    entries[258] = {shortType, 3, number(quint16(8)) + number(quint16(8)) + number(quint16(8))};
+    for (const auto &value : shorts) {
+        entries[value[0]] = {shortType, 1, number(value[1])};
+    }
+    for (const auto &value : longs) {
+        entries[quint16(value[0])] = {longType, 1, number(value[1])};
+    }
+    QByteArray file(16, '\0');
+    file += pixels;
+    for (auto block = blocks.begin(); block != blocks.end(); ++block) {
+        const bool isShort = block->size() <= 8;
+        entries[block.key()] = {byteType, quint64(block->size()),
+                                isShort ? *block : number(quint64(file.size()))};
+        file += isShort ? QByteArray() : *block;
+    }
+    const QByteArray start = isBigEndian ? "MM" : "II";
+    file.replace(0, 16,
+                 start + number(quint16(43)) + number(quint16(8)) + number(quint16(0)) +
+                     number(quint64(file.size())));
+    file += number(quint64(entries.size()));
+    for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
+        file += number(entry.key()) + number(entry->type) + number(entry->count) +
+                entry->value.leftJustified(8, '\0');
+    }
+    return file + number(quint64(0));
+}
 
 QByteArray encodeTiff(const QImage &image, const PictureFile &embedded)
 {
@@ -262,11 +322,7 @@ QByteArray encodeTiff(const QImage &image, const PictureFile &embedded)
     const int depthAt = 8 + 2 + 12 * entries + 4;
     const int pixelsAt = (depthAt + 6 + blockBytes + 1) / 2 * 2;
 
-    QByteArray pixels;
-    const QImage rgb = image.convertToFormat(QImage::Format_RGB888);
-    for (int y = 0; y < rgb.height(); ++y) {
-        pixels.append(reinterpret_cast<const char *>(rgb.constScanLine(y)), 3 * rgb.width());
-    }
+    const QByteArray pixels = rgbBytes(image);
     QByteArray file = "II" + littleEndian<quint16>(42) + littleEndian<quint32>(8) +
                       littleEndian(quint16(entries)) + tiffEntry(256, longType, 1, image.width()) +
                       tiffEntry(257, longType, 1, image.height()) +

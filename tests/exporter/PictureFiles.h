@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QtCore/QByteArray>
+#include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtGui/QImage>
 
@@ -23,6 +24,10 @@ QByteArray encodePicture(const QString &format, const QImage &image, const Pictu
 
 // The profile in a file; empty when there is none.
 QByteArray profileIn(const QString &format, const QByteArray &file);
+
+// An uncompressed RGB BigTIFF with further tags, each of bytes.
+QByteArray encodeBigTiff(const QImage &image, bool isBigEndian,
+                         const QMap<quint16, QByteArray> &blocks);
 
 // An uncompressed RGB TIFF whose pixels come last, behind the directory.
 QByteArray encodeTiff(const QImage &image, const PictureFile &embedded);

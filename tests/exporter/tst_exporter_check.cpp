@@ -7,8 +7,9 @@
 namespace
 {
 
-enum Code { success = 0, effectsUnreadable = 6, effectsInvalid = 7, mistakes = 16 };
+enum Code { success = 0, effectsUnreadable = 6, effectsInvalid = 7, notExact = 8, mistakes = 16 };
 
+const QString sourcePng = QStringLiteral("source.png");
 const QString stackJson = QStringLiteral("stack.json");
 
 ToolRun check(const QStringList &files)
@@ -18,6 +19,14 @@ ToolRun check(const QStringList &files)
                                QStringLiteral("nonsense")} +
                        files,
                    withoutGl());
+}
+
+// An export through "stack.json", without OpenGL.
+ToolRun strictExport(const Workshop &workshop)
+{
+    workshop.write(sourcePng, noise(QSize(3, 2), QImage::Format_RGB32));
+    return workshop.runWithEffects(sourcePng, QStringLiteral("target.png"), stackJson,
+                                   {QStringLiteral("--strict")}, withoutGl());
 }
 
 // A stack of one effect of this kind with these members, as text.
@@ -47,6 +56,10 @@ class tst_exporter_check : public QObject
 private Q_SLOTS:
     void everyMistakeHasItsPath_data();
     void everyMistakeHasItsPath();
+    void everyMistakeEndsAStrictExport_data();
+    void everyMistakeEndsAStrictExport();
+    void aStrictExportNamesTheFirstMistakes();
+    void otherExportsAreNotStrict();
     void goodStacks_data();
     void goodStacks();
     void exampleStacksAreGood();
@@ -163,6 +176,44 @@ void tst_exporter_check::everyMistakeHasItsPath()
     QVERIFY2(run.output.startsWith(file.toUtf8() + ":1:"), run.output.constData());
     QVERIFY2(run.output.contains(mistake), run.output.constData());
     QCOMPARE(run.output.count('\n'), 1);
+}
+
+void tst_exporter_check::everyMistakeEndsAStrictExport_data()
+{
+    everyMistakeHasItsPath_data();
+}
+
+void tst_exporter_check::everyMistakeEndsAStrictExport()
+{
+    QFETCH(QByteArray, stack);
+    QFETCH(QByteArray, mistake);
+    const Workshop workshop;
+    workshop.write(stackJson, stack);
+    const ToolRun run = strictExport(workshop);
+    VERIFY_FAILURE(run, notExact, mistake);
+    QVERIFY2(run.errors.contains("stack.json cannot be applied as it is: $["),
+             run.errors.constData());
+    QVERIFY(!workshop.files().contains(QStringLiteral("target.png")));
+}
+
+void tst_exporter_check::aStrictExportNamesTheFirstMistakes()
+{
+    const Workshop workshop;
+    workshop.write(stackJson, stackOf("Blur", R"("a":1,"radius":0,"b":2,"c":3,"enabled":1)"));
+    const ToolRun run = strictExport(workshop);
+    VERIFY_FAILURE(run, notExact,
+                   "$[0].a: unknown key \"a\"; $[0].radius: 0 is out of range; it becomes 1; "
+                   "$[0].b: unknown key \"b\"; and 2 more, which --check tells\n");
+}
+
+void tst_exporter_check::otherExportsAreNotStrict()
+{
+    const Workshop workshop;
+    workshop.write(stackJson, stackOf("Exposure", R"("a":1,"exposure":7,"name":3)"));
+    workshop.write(sourcePng, noise(QSize(3, 2), QImage::Format_RGB32));
+    const ToolRun run = workshop.runWithEffects(sourcePng, QStringLiteral("target.png"), stackJson);
+    QCOMPARE(run.errors, QByteArray());
+    QCOMPARE(run.exitCode, int(success));
 }
 
 void tst_exporter_check::goodStacks_data()

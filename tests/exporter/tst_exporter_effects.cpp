@@ -390,7 +390,24 @@ void tst_exporter_effects::whatCannotBeDrawnIsNamedAndLeftOut()
 
 void tst_exporter_effects::whatCannotBeDrawnIsAnErrorWhenStrict_data()
 {
-    whatCannotBeDrawnIsNamedAndLeftOut_data();
+    QTest::addColumn<QJsonValue>("element");
+    QTest::addColumn<QByteArray>("named");
+    const QString green = QStringLiteral("#00ff00");
+    QTest::newRow("an unknown id")
+        << QJsonValue(effect(QStringLiteral("Nonsense")))
+        << QByteArray("$[1].effectId: unknown kind \"ko.orvanto.imageeffect.Nonsense\"");
+    QTest::newRow("no id") << QJsonValue(QJsonObject{{QStringLiteral("alpha"), 1}})
+                           << QByteArray("$[1]: \"effectId\" is missing");
+    QTest::newRow("blend mode 16") << QJsonValue(fill(green, {{QStringLiteral("blendMode"), 16}}))
+                                   << QByteArray("$[1].blendMode: 16 is no BlendMode");
+    QTest::newRow("null") << QJsonValue() << QByteArray("$[1]: an effect is an object, not null");
+    QTest::newRow("a lookup table that is missing")
+        << QJsonValue(effect(QStringLiteral("LUT"), {{QStringLiteral("table"),
+                                                      QStringLiteral("file:///nonexistent.png")}}))
+        << QByteArray("$[1].table: the table \"file:///nonexistent.png\" cannot be loaded");
+    QTest::newRow("a nested blend mode 16")
+        << QJsonValue(batch({batch({fill(green, {{QStringLiteral("blendMode"), 16}})})}))
+        << QByteArray("$[1].imageEffects[0].imageEffects[0].blendMode: 16 is no BlendMode");
 }
 
 void tst_exporter_effects::whatCannotBeDrawnIsAnErrorWhenStrict()

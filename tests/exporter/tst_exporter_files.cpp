@@ -83,6 +83,7 @@ private Q_SLOTS:
     void anyLetterMayStandInAPath();
     void anyLetterMayStandInThePathOfATable_data();
     void anyLetterMayStandInThePathOfATable();
+    void aNameTooLongToBeReplacedIsTold();
     void aFullDiskLeavesTheOlderTarget();
     void aKillWhileWorkingLeavesTheOlderTarget_data();
     void aKillWhileWorkingLeavesTheOlderTarget();
@@ -215,6 +216,27 @@ void tst_exporter_files::anyLetterMayStandInThePathOfATable()
     image.fill(qRgb(0, 255, 0));
     constexpr int rounding = 1;
     QCOMPARE(difference(workshop.readPicture(targetPng), image, rounding), QString());
+}
+
+void tst_exporter_files::aNameTooLongToBeReplacedIsTold()
+{
+    constexpr int longest = 248;
+    const Workshop workshop;
+    workshop.write(sourcePng, noise(QSize(9, 7), QImage::Format_RGB32));
+    const QString suffix = QStringLiteral(".png");
+    const QString replaced = QString(longest - suffix.size(), QLatin1Char('a')) + suffix;
+    workshop.write(replaced, older);
+    QCOMPARE(workshop.run(sourcePng, replaced, {}).exitCode, 0);
+
+    const QString longer = QLatin1Char('a') + replaced;
+    workshop.write(longer, older);
+    const QStringList before = workshop.files();
+    const ToolRun run = workshop.run(sourcePng, longer, {});
+    VERIFY_FAILURE(run, 11,
+                   longer.toUtf8() +
+                       " cannot be written: its name is too long to be replaced safely\n");
+    QCOMPARE(workshop.read(longer), older);
+    QCOMPARE(workshop.files(), before);
 }
 
 void tst_exporter_files::aFullDiskLeavesTheOlderTarget()

@@ -1,5 +1,7 @@
 #include "FolderWorkshop.h"
+#include "ShellRun.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 #include <QtCore/QProcess>
 #include <QtTest/QtTest>
@@ -18,6 +20,7 @@ enum Code {
     effectsUnreadable = 6,
     effectsNotExact = 8,
     targetFolder = 10,
+    targetWrite = 11,
     noOpenGl = 12,
     pictureTooLarge = 13,
     someFailed = 17,
@@ -36,6 +39,19 @@ QString text(const QJsonObject &event, const char *key)
 
 const QString json = QStringLiteral("--progress=json");
 const QByteArray older("an older target");
+
+// The tool with an end of a pipe as its standard output.
+class PipedTool : public QProcess
+{
+public:
+    explicit PipedTool(int output) : m_output(output) {}
+
+protected:
+    void setupChildProcess() override { dup2(m_output, STDOUT_FILENO); }
+
+private:
+    const int m_output;
+};
 
 } // namespace
 
@@ -64,6 +80,10 @@ private Q_SLOTS:
     void successIsSilent();
     void eventsTellTheRun();
     void aReaderThatGoesEndsTheRun();
+    void aFullOutputEndsTheRun();
+    void aLostLastEventIsAFailure();
+    void aReaderThatGoesDuringTheLastPictureIsNoSuccess();
+    void aSlowReaderIsAwaited();
     void theNumberOfThreadsChangesNothing_data();
     void theNumberOfThreadsChangesNothing();
 
@@ -307,6 +327,77 @@ void tst_exporter_folder::aReaderThatGoesEndsTheRun()
     QCOMPARE(shell.exitCode(), 141);
     QVERIFY(FolderWorkshop::targets().size() < 60);
     QVERIFY(shell.readAllStandardError().contains("interrupted: "));
+}
+
+void tst_exporter_folder::aFullOutputEndsTheRun()
+{
+    for (int i = 0; i < 60; ++i) {
+        m_workshop->picture(QStringLiteral("photos/%1.png").arg(i));
+    }
+    const ToolRun run =
+        runShell("$TOOL --effects=look.json --target-dir=out --progress=json photos/ > /dev/full",
+                 QDir::currentPath());
+    VERIFY_FAILURE(run, targetWrite, "standard output cannot be written: No space left on device");
+    QCOMPARE(FolderWorkshop::targets(), QStringList());
+}
+
+void tst_exporter_folder::aLostLastEventIsAFailure()
+{
+    m_workshop->picture(QStringLiteral("photos/a.png"));
+    m_workshop->write(QStringLiteral("out/a.png"), older);
+    // All but a few bytes of the last line find room below the limit.
+    const ToolRun run = runShell(R"(
+arguments='--effects=look.json --target-dir=out --skip-existing --progress=json photos/'
+$TOOL $arguments > whole
+head -c $((4096 - $(head -n 2 whole | wc -c) - 3)) /dev/zero > events
+ulimit -f 4
+$TOOL $arguments >> events
+)",
+                                 QDir::currentPath());
+    VERIFY_FAILURE(run, targetWrite, "standard output cannot be written: File too large");
+    QCOMPARE(m_workshop->read(QStringLiteral("events")).size(), 4096);
+}
+
+void tst_exporter_folder::aReaderThatGoesDuringTheLastPictureIsNoSuccess()
+{
+    m_workshop->picture(QStringLiteral("photos/a.png"), QSize(1600, 1200));
+    const ToolRun run = runShell("set -o pipefail\n"
+                                 "$TOOL --effects=look.json --target-dir=out --progress=json "
+                                 "photos/ | head -n 1",
+                                 QDir::currentPath());
+    QCOMPARE(run.errors, QByteArray());
+    QCOMPARE(run.exitCode, 141);
+    QCOMPARE(FolderWorkshop::targets(), list("a.png"));
+}
+
+void tst_exporter_folder::aSlowReaderIsAwaited()
+{
+    constexpr int pictures = 90;
+    constexpr int fullAfter = 500;
+    for (int i = 0; i < pictures; ++i) {
+        const QString name = QStringLiteral("%1.png").arg(i);
+        m_workshop->write(QStringLiteral("photos/") + name, "not looked at");
+        m_workshop->write(QStringLiteral("out/") + name, older);
+    }
+    int ends[2];
+    QCOMPARE(pipe2(ends, O_NONBLOCK | O_CLOEXEC), 0);
+    const int room = fcntl(ends[1], F_SETPIPE_SZ, 4096);
+    PipedTool tool(ends[1]);
+    tool.start(toolPath(),
+               FolderWorkshop::arguments(list("--skip-existing --progress=json photos/")));
+    QVERIFY(tool.waitForStarted());
+    close(ends[1]);
+    QVERIFY(!tool.waitForFinished(fullAfter));
+    fcntl(ends[0], F_SETFL, 0);
+    QFile reader;
+    QVERIFY(reader.open(ends[0], QIODevice::ReadOnly, QFile::AutoCloseHandle));
+    const QByteArray output = reader.readAll();
+    QVERIFY(tool.waitForFinished());
+    QCOMPARE(tool.readAllStandardError(), QByteArray());
+    QCOMPARE(tool.exitCode(), 0);
+    QVERIFY(output.size() > room);
+    QCOMPARE(events(output, "skipped").size(), pictures);
+    QCOMPARE(events(output, "end").size(), 1);
 }
 
 void tst_exporter_folder::theNumberOfThreadsChangesNothing_data()

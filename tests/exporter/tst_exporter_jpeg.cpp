@@ -93,6 +93,8 @@ private Q_SLOTS:
     void deepSourcesAreTaken_data();
     void deepSourcesAreTaken();
     void deepCopiesStayDeep();
+    void scaledDeepSourcesStayDeep_data();
+    void scaledDeepSourcesStayDeep();
 };
 
 void tst_exporter_jpeg::inksWithoutAProfile_data()
@@ -303,6 +305,40 @@ void tst_exporter_jpeg::deepCopiesStayDeep()
     QVERIFY(workshop.readPicture(targetPng) == deep);
     const ToolRun shallow = workshop.run(QStringLiteral("deep.png"), targetJpeg, {}, verbose);
     QVERIFY2(shallow.errors.contains("16 bits"), shallow.errors.constData());
+}
+
+void tst_exporter_jpeg::scaledDeepSourcesStayDeep_data()
+{
+    QTest::addColumn<int>("format");
+    QTest::newRow("colour") << int(QImage::Format_RGBX64);
+    QTest::newRow("alpha") << int(QImage::Format_RGBA64);
+    QTest::newRow("grey") << int(QImage::Format_Grayscale16);
+}
+
+void tst_exporter_jpeg::scaledDeepSourcesStayDeep()
+{
+    QFETCH(int, format);
+    const QImage deep = hills(QImage::Format(format));
+    const Workshop workshop;
+    workshop.write(QStringLiteral("deep.png"), deep);
+    const QString half =
+        QStringLiteral("--max-size=%1x%2").arg(deep.width() / 2).arg(deep.height() / 2);
+    const ToolRun copied =
+        workshop.run(QStringLiteral("deep.png"), targetPng, {}, verbose + QStringList{half});
+    QCOMPARE(copied.errors, QByteArray());
+    const QImage copy = workshop.readPicture(targetPng);
+    QCOMPARE(int(copy.format()), format);
+    // The first pixel is the mean of four.
+    const int sum = deep.pixelColor(0, 0).rgba64().red() + deep.pixelColor(1, 0).rgba64().red() +
+                    deep.pixelColor(0, 1).rgba64().red() + deep.pixelColor(1, 1).rgba64().red();
+    QVERIFY(std::abs(copy.pixelColor(0, 0).rgba64().red() - sum / 4) <= 2);
+
+    const QJsonArray stack{
+        effect(QStringLiteral("BrightnessContrast"), {{QStringLiteral("brightness"), 1e-6}})};
+    const ToolRun drawn =
+        workshop.run(QStringLiteral("deep.png"), targetPng, stack, verbose + QStringList{half});
+    QCOMPARE(drawn.exitCode, 0);
+    QCOMPARE(drawn.errors.count("has 16 bits a channel, of which 8 are used"), 1);
 }
 
 QTEST_GUILESS_MAIN(tst_exporter_jpeg)

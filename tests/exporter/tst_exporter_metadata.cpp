@@ -116,6 +116,8 @@ private Q_SLOTS:
     void orientationMayBeBigEndian();
     void aTurnedBitmapKeepsItsPixels();
     void damagedExifIsNoFailure();
+    void anOrientationAloneIsNoLoss_data();
+    void anOrientationAloneIsNoLoss();
     void profileIsKept_data();
     void profileIsKept();
     void profileIsKeptWithEffects();
@@ -125,6 +127,8 @@ private Q_SLOTS:
     void grayProfileIsDroppedFromColours();
     void profileOfOtherChannelsIsDropped();
     void rgbProfileMakesGrayPixelsRgb();
+    void whatBigTiffLosesIsTold_data();
+    void whatBigTiffLosesIsTold();
 };
 
 void tst_exporter_metadata::orientationIsApplied_data()
@@ -206,6 +210,42 @@ void tst_exporter_metadata::damagedExifIsNoFailure()
     QCOMPARE(run.errors, QByteArray());
     QCOMPARE(run.exitCode, 0);
     QCOMPARE(difference(workshop.readPicture(targetPng), blocks()), QString());
+}
+
+void tst_exporter_metadata::anOrientationAloneIsNoLoss_data()
+{
+    QTest::addColumn<QString>("format");
+    QTest::addColumn<bool>("bigEndian");
+    for (const char *format : {"jpg", "png", "webp"}) {
+        QTest::addRow("%s", format) << QString::fromLatin1(format) << false;
+        QTest::addRow("%s, big-endian", format) << QString::fromLatin1(format) << true;
+    }
+}
+
+void tst_exporter_metadata::anOrientationAloneIsNoLoss()
+{
+    QFETCH(QString, format);
+    QFETCH(bool, bigEndian);
+    const Workshop workshop;
+    const QString source = QStringLiteral("source.") + format;
+    PictureFile turned;
+    turned.orientation = 6;
+    turned.bigEndianExif = bigEndian;
+    workshop.write(source, encodePicture(format, noise(QSize(8, 5), QImage::Format_RGB32), turned));
+    const ToolRun run = workshop.run(source, QStringLiteral("target.tif"), {});
+    QCOMPARE(run.exitCode, 0);
+    QCOMPARE(run.errors, QByteArray());
+    QCOMPARE(workshop.readPicture(QStringLiteral("target.tif")).size(), QSize(5, 8));
+
+    // What cannot be read may have been more.
+    PictureFile damaged;
+    damaged.exif = QByteArray("II*\0\xff\xff\xff\x7f", 8) + QByteArray(40, 'x');
+    workshop.write(source,
+                   encodePicture(format, noise(QSize(8, 5), QImage::Format_RGB32), damaged));
+    const ToolRun warned = workshop.run(source, QStringLiteral("target.tif"), {});
+    QCOMPARE(warned.exitCode, 0);
+    QVERIFY2(warned.errors.contains("target.tif cannot hold the source's EXIF data"),
+             warned.errors.constData());
 }
 
 void tst_exporter_metadata::profileIsKept_data()
@@ -345,6 +385,65 @@ void tst_exporter_metadata::rgbProfileMakesGrayPixelsRgb()
     constexpr int colorTypeAt = 8 + 8 + 9;
     constexpr char rgbType = 2;
     QCOMPARE(workshop.read(targetPng).at(colorTypeAt), rgbType);
+}
+
+void tst_exporter_metadata::whatBigTiffLosesIsTold_data()
+{
+    QTest::addColumn<int>("tag");
+    QTest::addColumn<QByteArray>("block");
+    QTest::addColumn<QByteArray>("lost");
+    QTest::addColumn<QByteArray>("lostBesideIcc");
+    const auto row = [](const char *name, int tag, const QByteArray &block, const char *lost,
+                        const char *lostBesideIcc = "") {
+        QTest::newRow(name) << tag << block << QByteArray(lost) << QByteArray(lostBesideIcc);
+    };
+    const QByteArray profile = QColorSpace(QColorSpace::AdobeRgb).iccProfile();
+    row("nothing", 0, QByteArray(), "");
+    row("software", 305, QByteArray("a camera's firmware", 20), "EXIF data");
+    row("EXIF directory", 34665, QByteArray(8, '\1'), "EXIF data");
+    row("XMP", 700, "<x:xmpmeta xmlns:x='adobe:ns:meta/'/>", "XMP data");
+    row("IPTC", 33723, meaninglessBytes(40), "IPTC data");
+    row("image resources", 34377, meaninglessBytes(40), "image resources");
+    row("a profile that can be read", 34675, profile, "");
+    row("a profile that cannot be read", 34675, meaninglessBytes(200), "ICC profile",
+        "ICC profile");
+}
+
+void tst_exporter_metadata::whatBigTiffLosesIsTold()
+{
+    QFETCH(int, tag);
+    QFETCH(QByteArray, block);
+    QFETCH(QByteArray, lost);
+    QFETCH(QByteArray, lostBesideIcc);
+    const QImage image = noise(QSize(9, 7), QImage::Format_RGB32);
+    const Workshop workshop;
+    const auto warnings = [&workshop](const QString &target, const char *keep) {
+        const ToolRun run = workshop.run(QStringLiteral("source.tif"), target, {},
+                                         {QStringLiteral("--keep=") + QLatin1String(keep)});
+        return run.exitCode == 0 ? run.errors : "failed: " + run.errors;
+    };
+    const auto expected = [&workshop](const QString &target, const QByteArray &kind) {
+        return kind.isEmpty()
+                   ? QByteArray()
+                   : "korvel-image-exporter: warning: the target " +
+                         workshop.path(target).toUtf8() + " does not have the source's " + kind +
+                         ", which cannot be read from BigTIFF\n";
+    };
+    for (const bool isBigEndian : {false, true}) {
+        QMap<quint16, QByteArray> blocks;
+        if (!block.isEmpty()) {
+            blocks.insert(quint16(tag), block);
+        }
+        workshop.write(QStringLiteral("source.tif"), encodeBigTiff(image, isBigEndian, blocks));
+        for (const char *name : {"target.png", "target.tif", "target.jpg"}) {
+            const QString target = QString::fromLatin1(name);
+            QCOMPARE(warnings(target, "all"), expected(target, lost));
+        }
+        QCOMPARE(warnings(targetPng, "icc"), expected(targetPng, lostBesideIcc));
+        QCOMPARE(warnings(targetPng, "none"), QByteArray());
+        QCOMPARE(warnings(QStringLiteral("target.bmp"), "all"), QByteArray());
+        QCOMPARE(difference(workshop.readPicture(targetPng), image), QString());
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_exporter_metadata)

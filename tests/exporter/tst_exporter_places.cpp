@@ -42,6 +42,7 @@ private Q_SLOTS:
     void linksToFilesCountAndLinksToFoldersDoNot();
     void theTargetFolderIsNotASource();
     void aFolderMayBeItsOwnTarget();
+    void aFolderThatIsItsOwnTargetCanBeContinued();
     void namesMayHaveAnyBytes();
     void namesMayBeginWithADash();
 
@@ -50,6 +51,7 @@ private Q_SLOTS:
     void namesThatDifferInCaseDoNotClash();
     void aTargetMayNotReplaceASource_data();
     void aTargetMayNotReplaceASource();
+    void aTargetThatIsMissingClashesWhileOthersAreSkipped();
 
 private:
     std::unique_ptr<FolderWorkshop> m_workshop;
@@ -225,6 +227,36 @@ void tst_exporter_places::aFolderMayBeItsOwnTarget()
              list("a.jpg a.png sea/b.jpg sea/b.png"));
 }
 
+void tst_exporter_places::aFolderThatIsItsOwnTargetCanBeContinued()
+{
+    m_workshop->picture(QStringLiteral("photos/a.png"));
+    m_workshop->picture(QStringLiteral("photos/sea/b.png"));
+    const QStringList arguments =
+        list("--effects=look.json --target-dir=photos --suffix=jpg --progress=json photos/");
+    QCOMPARE(runTool(arguments).exitCode, 0);
+    m_workshop->picture(QStringLiteral("photos/c.png"));
+    const QByteArray before = m_workshop->read(QStringLiteral("photos/a.jpg"));
+
+    const ToolRun refused = runTool(arguments);
+    VERIFY_FAILURE(refused, targetsClash, "photos/a.jpg");
+    QCOMPARE(refused.output, QByteArray());
+
+    const ToolRun run = runTool(arguments + list("--skip-existing"));
+    QVERIFY2(run.exitCode == 0, run.errors.constData());
+    QCOMPARE(events(run.output, "skipped").size(), 4);
+    const QVector<QJsonObject> done = events(run.output, "done");
+    QCOMPARE(done.size(), 1);
+    QCOMPARE(done.first().value(QLatin1String("target")).toString(),
+             QStringLiteral("photos/c.jpg"));
+    const QJsonObject end = events(run.output, "end").value(0);
+    QCOMPARE(end.value(QLatin1String("total")).toInt(), 5);
+    QCOMPARE(end.value(QLatin1String("skipped")).toInt(), 4);
+    QCOMPARE(end.value(QLatin1String("left")).toInt(), 0);
+    QCOMPARE(m_workshop->read(QStringLiteral("photos/a.jpg")), before);
+    QCOMPARE(FolderWorkshop::filesBelow(QStringLiteral("photos")),
+             list("a.jpg a.png c.jpg c.png sea/b.jpg sea/b.png"));
+}
+
 void tst_exporter_places::namesMayHaveAnyBytes()
 {
     m_workshop->picture(QStringLiteral("a.png"));
@@ -327,6 +359,17 @@ void tst_exporter_places::aTargetMayNotReplaceASource()
                  QStringLiteral("--target-dir=") + targetFolder, QStringLiteral("photos/")});
     VERIFY_FAILURE(run, targetsClash, "photos/a.png");
     QCOMPARE(m_workshop->read(QStringLiteral("photos/a.png")), before);
+}
+
+void tst_exporter_places::aTargetThatIsMissingClashesWhileOthersAreSkipped()
+{
+    m_workshop->picture(QStringLiteral("photos/a.png"));
+    m_workshop->picture(QStringLiteral("photos/b.bmp"));
+    m_workshop->picture(QStringLiteral("photos/b.png"));
+    m_workshop->write(QStringLiteral("out/a.jpg"), "older");
+    const ToolRun run = FolderWorkshop::run(list("--skip-existing --suffix=jpg photos/"));
+    VERIFY_FAILURE(run, targetsClash, "photos/b.bmp and photos/b.png");
+    QCOMPARE(FolderWorkshop::targets(), list("a.jpg"));
 }
 
 QTEST_GUILESS_MAIN(tst_exporter_places)

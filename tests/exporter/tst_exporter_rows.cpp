@@ -1,3 +1,4 @@
+#include "exporter/JpegRowWriter.h"
 #include "exporter/rows/ReadAhead.h"
 #include "exporter/rows/WriteBehind.h"
 
@@ -100,6 +101,7 @@ private Q_SLOTS:
     void aSinkThatEndsIsTold();
     void aReaderThatStopsEndsTheThread();
     void whatOneThreadThrowsTheOtherGets();
+    void aFileGrowsUpToTheLargestArray();
 };
 
 void tst_exporter_rows::everyRowComesInOrder_data()
@@ -225,6 +227,25 @@ void tst_exporter_rows::whatOneThreadThrowsTheOtherGets()
     }
     QVERIFY(written < many);
     QVERIFY_EXCEPTION_THROWN(behind.finish(), std::bad_alloc);
+}
+
+// Far fewer steps than there are bytes, and none that an array could not take.
+void tst_exporter_rows::aFileGrowsUpToTheLargestArray()
+{
+    constexpr int mostSteps = 64;
+    int size = 0;
+    int steps = 0;
+    for (int next = JpegRowWriter::grownSize(size); next != size && steps < mostSteps; ++steps) {
+        QVERIFY2(next > size, qPrintable(QString::number(next)));
+        size = next;
+        next = JpegRowWriter::grownSize(size);
+    }
+    QVERIFY(steps < mostSteps);
+    QVERIFY(size > 2147483647 - 4096);
+    // Its pages are never touched.
+    QByteArray file;
+    file.resize(size);
+    QCOMPARE(file.size(), size);
 }
 
 QTEST_GUILESS_MAIN(tst_exporter_rows)
