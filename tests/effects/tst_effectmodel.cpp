@@ -1,9 +1,10 @@
 #include "imagefx/effects/ColorFillImageEffect.h"
 #include "imagefx/model/ImageEffect.h"
 #include "imagefx/render/BasePass.h"
+#include "tests/engine/EngineTester.h"
 #include "tests/support/EffectCases.h"
 #include "tests/support/EffectModel.h"
-#include "tests/support/EffectRendering.h"
+#include "tests/support/EffectTester.h"
 #include "tests/support/OffscreenGl.h"
 #include "tests/support/TestMain.h"
 
@@ -41,12 +42,14 @@ struct Sharpness {
 
 } // namespace
 
-// Pictures drawn by the GPU against the model on the CPU, every pixel of them.
+// Pictures drawn by both engines against the model on the CPU, every pixel of them.
 class EffectModelTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
     void everyEffectBlendAndMaskMatchesTheModel_data();
     void everyEffectBlendAndMaskMatchesTheModel();
     void everyGradientMatchesTheModel_data();
@@ -56,13 +59,24 @@ private Q_SLOTS:
 
 private:
     QByteArray compare(const EffectCase &effectCase, const MaskCase &maskCase,
-                       Sharpness &sharpness) const;
+                       Sharpness &sharpness);
 
     const QImage m_opaque = opaquePicture();
     // Without an alpha channel, so that it is uploaded as three bytes a pixel.
     const QImage m_image = m_opaque.convertToFormat(QImage::Format_RGB32);
     const QImage m_translucent = translucentPicture();
+    std::unique_ptr<EngineTester> m_tester;
 };
+
+void EffectModelTest::initTestCase()
+{
+    m_tester = std::make_unique<EngineTester>(EngineTester::onePass);
+}
+
+void EffectModelTest::cleanupTestCase()
+{
+    m_tester.reset();
+}
 
 void EffectModelTest::everyEffectBlendAndMaskMatchesTheModel_data()
 {
@@ -98,7 +112,7 @@ void EffectModelTest::everyEffectBlendAndMaskMatchesTheModel()
 }
 
 QByteArray EffectModelTest::compare(const EffectCase &effectCase, const MaskCase &maskCase,
-                                    Sharpness &sharpness) const
+                                    Sharpness &sharpness)
 {
     const std::unique_ptr<ImageEffect> effect = effectCase.create();
     const std::unique_ptr<AlphaMask> mask = maskCase.create();
@@ -107,12 +121,12 @@ QByteArray EffectModelTest::compare(const EffectCase &effectCase, const MaskCase
     model.effect = effectCase.model;
     model.mask = maskCase.model();
     QByteArray failure;
-    const auto matches = [&](const QImage &actual, const QImage &source, const char *how) {
-        QByteArray difference =
-            comparePictures(actual, sharpness.watching(model.over(source)), roundingTolerance);
-        if (difference.isEmpty()) {
-            difference = checkAlphaUntouched(actual, source);
-        }
+    const QList<ImageEffect *> stack = {effect.get()};
+    const auto matches = [&](const QImage &engine, const QImage &gl, const QImage &source,
+                             const char *how) {
+        const ExpectedPixel expected =
+            workedOut(sharpness.watching(model.over(source)), source.size());
+        const QByteArray difference = m_tester->compare(engine, gl, expected, source);
         if (!difference.isEmpty()) {
             failure = QStringLiteral("%1, mask %2, blend mode %3, alpha %4, %5: ")
                           .arg(effectCase.name, maskCase.name)
@@ -129,13 +143,16 @@ QByteArray EffectModelTest::compare(const EffectCase &effectCase, const MaskCase
         for (const float alpha : {1.0F, 0.6F}) {
             model.alpha = double(alpha);
             effect->setAlpha(alpha);
-            if (!matches(renderTexture({effect.get()}, m_opaque), m_opaque, "opaque texture") ||
-                !matches(renderTexture({effect.get()}, m_translucent), m_translucent,
+            if (!matches(renderWithEngine(stack, m_opaque), renderTexture(stack, m_opaque),
+                         m_opaque, "opaque texture") ||
+                !matches(renderWithEngine(stack, m_translucent),
+                         renderTexture(stack, m_translucent), m_translucent,
                          "translucent texture")) {
                 return failure;
             }
         }
-        if (!matches(renderImage({effect.get()}, m_image), m_opaque, "image")) {
+        if (!matches(renderWithEngine(stack, m_image), renderImage(stack, m_image), m_opaque,
+                     "image")) {
             return failure;
         }
     }
@@ -173,10 +190,8 @@ void EffectModelTest::everyGradientMatchesTheModel()
         effect.setAlphaMask(mask.get());
         const double level = color == Qt::white ? 1.0 : 0.0;
         model.effect = modelColorFill(level, level, level);
-        KORVEL_COMPARE_PICTURES(renderTexture({&effect}, m_opaque), model.over(m_opaque),
-                                roundingTolerance);
-        KORVEL_COMPARE_PICTURES(renderTexture({&effect}, m_translucent), model.over(m_translucent),
-                                roundingTolerance);
+        KORVEL_CHECK(m_tester->check(&effect, model, m_opaque));
+        KORVEL_CHECK(m_tester->check(&effect, model, m_translucent));
     }
 }
 
@@ -189,7 +204,7 @@ void EffectModelTest::theMaskCompiledFirstServesHueAndLuminance_data()
 }
 
 // The second effect looks the first one's coordinate up in its own gradient. Another blend mode is
-// another pass, and gets the mask that it asks for.
+// another pass, and gets the mask that it asks for. With GL alone: the engine shares no passes.
 void EffectModelTest::theMaskCompiledFirstServesHueAndLuminance()
 {
     QFETCH(int, first);

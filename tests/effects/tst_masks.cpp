@@ -8,6 +8,7 @@
 #include "imagefx/render/TextureUnits.h"
 #include "tests/support/EffectRendering.h"
 #include "tests/support/EffectTester.h"
+#include "tests/support/EngineRendering.h"
 #include "tests/support/OffscreenGl.h"
 #include "tests/support/TestMain.h"
 
@@ -135,24 +136,27 @@ void MasksTest::distanceIsZeroInTheCentreAndOneInTheCorners()
     constexpr int last = size - 1;
     QImage black(size, size, QImage::Format_RGBA8888);
     black.fill(Qt::black);
-    const auto isFilled = [&](float from, int x, int y) {
+    const QColor filled(255, 0, 0);
+    const QColor left(0, 0, 0);
+    const auto becomes = [&](const QColor &color, float from, int x, int y) {
         const auto mask = threshold<DistanceAlphaMask>(from);
         ColorFillImageEffect fill;
         fill.setAlphaMask(mask.get());
-        return renderTexture({&fill}, black).pixelColor(x, y) == QColor(255, 0, 0);
+        return renderTexture({&fill}, black).pixelColor(x, y) == color &&
+               renderWithEngine({&fill}, black).pixelColor(x, y) == color;
     };
-    QVERIFY(isFilled(0.0F, centre, centre));
-    QVERIFY(!isFilled(location(1), centre, centre));
+    QVERIFY(becomes(filled, 0.0F, centre, centre));
+    QVERIFY(becomes(left, location(1), centre, centre));
     // The outermost pixels' centres are half a pixel inside: at 200 / 201 of the way.
     for (const QPoint &edge :
          {QPoint(0, centre), QPoint(last, centre), QPoint(centre, 0), QPoint(centre, last)}) {
-        QVERIFY(isFilled(0.7F, edge.x(), edge.y()));
-        QVERIFY(!isFilled(0.7071F, edge.x(), edge.y()));
+        QVERIFY(becomes(filled, 0.7F, edge.x(), edge.y()));
+        QVERIFY(becomes(left, 0.7071F, edge.x(), edge.y()));
     }
     for (const QPoint &corner :
          {QPoint(0, 0), QPoint(last, 0), QPoint(0, last), QPoint(last, last)}) {
-        QVERIFY(isFilled(0.99F, corner.x(), corner.y()));
-        QVERIFY(!isFilled(1.0F - location(1), corner.x(), corner.y()));
+        QVERIFY(becomes(filled, 0.99F, corner.x(), corner.y()));
+        QVERIFY(becomes(left, 1.0F - location(1), corner.x(), corner.y()));
     }
 }
 
@@ -221,7 +225,7 @@ void MasksTest::onlyRowZeroAndTheAlphaOfTheGradientCount()
     ColorFillImageEffect fill;
     fill.setColor(Qt::white);
     fill.setAlphaMask(&mask);
-    QCOMPARE(rendered(&fill, {0, 0, 0, 255}), QVector<int>({51, 51, 51, 255}));
+    QCOMPARE(renderedByGl(&fill, {0, 0, 0, 255}), QVector<int>({51, 51, 51, 255}));
     m_gl->context()->functions()->glDeleteTextures(1, &textureId);
 }
 

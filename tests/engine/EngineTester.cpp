@@ -1,6 +1,5 @@
 #include "tests/engine/EngineTester.h"
 
-#include "engine/EffectEngine.h"
 #include "imagefx/effects/BatchImageEffect.h"
 #include "imagefx/effects/BlurImageEffect.h"
 #include "imagefx/effects/SharpenImageEffect.h"
@@ -18,16 +17,6 @@ namespace ko::imagefx::test
 
 namespace
 {
-
-// The same bytes: their colour is premultiplied whatever the format says.
-QImage asRgba8888(const QImage &image)
-{
-    QImage bytes(image.size(), QImage::Format_RGBA8888);
-    for (int y = 0; y < image.height(); ++y) {
-        std::copy_n(image.constScanLine(y), size_t(4) * size_t(image.width()), bytes.scanLine(y));
-    }
-    return bytes;
-}
 
 // How far two engines that both follow the model may be apart: either may be anywhere in the range,
 // and rounds from there to one of the nearest two levels.
@@ -86,16 +75,6 @@ EngineCase batchCase()
 
 } // namespace
 
-QImage renderWithEngine(const QList<ImageEffect *> &effects, const QImage &source,
-                        const RenderSettings &settings, int threads)
-{
-    EffectEngine::Options options;
-    options.relativeScale = settings.relativeScale;
-    options.globalAlpha = settings.globalAlpha;
-    options.threads = threads;
-    return asRgba8888(EffectEngine(effects, options).render(source));
-}
-
 QVector<EngineCase> engineCases()
 {
     return {colorCase(QStringLiteral("BrightnessContrast"), 2),
@@ -139,14 +118,8 @@ QByteArray EngineTester::check(const QList<ImageEffect *> &effects, const ModelS
 
 QByteArray EngineTester::check(ImageEffect *effect, const EffectModel &model, const QImage &source)
 {
-    const QImage engine = renderWithEngine({effect}, source);
-    const ExpectedPixel expected = model.over(source);
-    QByteArray difference = comparePictures(engine, expected, roundingTolerance);
-    if (difference.isEmpty()) {
-        difference = checkAlphaUntouched(engine, source);
-    }
-    return difference.isEmpty() ? compareWithGl(engine, renderTexture({effect}, source), expected)
-                                : "the engine beside the model: " + difference;
+    return compare(renderWithEngine({effect}, source), renderTexture({effect}, source),
+                   workedOut(model.over(source), source.size()), source);
 }
 
 QByteArray EngineTester::compare(const QImage &engine, const QImage &gl,
@@ -161,6 +134,21 @@ QByteArray EngineTester::compare(const QImage &engine, const QImage &gl,
         return "the engine beside the model: " + difference;
     }
     return compareWithGl(engine, gl, expected.expected());
+}
+
+QByteArray EngineTester::compare(const QImage &engine, const QImage &gl,
+                                 const ExpectedPixel &expected, const QImage &source)
+{
+    for (const auto &[picture, drawer] : {std::pair(&gl, "GL"), std::pair(&engine, "the engine")}) {
+        QByteArray difference = comparePictures(*picture, expected, roundingTolerance);
+        if (difference.isEmpty()) {
+            difference = checkAlphaUntouched(*picture, source);
+        }
+        if (!difference.isEmpty()) {
+            return drawer + (" beside the model: " + difference);
+        }
+    }
+    return compareWithGl(engine, gl, expected);
 }
 
 QByteArray EngineTester::compare(const QImage &engine, const QImage &gl)

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "imagefx/model/ImageEffect.h"
-#include "tests/support/EffectRendering.h"
+#include "tests/support/EngineRendering.h"
 #include "tests/support/StackTester.h"
 
 #include <array>
@@ -10,10 +10,6 @@
 
 namespace ko::imagefx::test
 {
-
-// The same as renderTexture(), drawn by the engine.
-QImage renderWithEngine(const QList<ImageEffect *> &effects, const QImage &source,
-                        const RenderSettings &settings = {}, int threads = 2);
 
 // One effect of every kind that there is, those with neighbours and batches among them.
 struct EngineCase {
@@ -44,6 +40,9 @@ public:
     QByteArray check(ImageEffect *effect, const EffectModel &model, const QImage &source);
     // The same for pictures that have been rendered.
     QByteArray compare(const QImage &engine, const QImage &gl, const StackPicture &expected,
+                       const QImage &source);
+    // The same, and no pixel is left out.
+    QByteArray compare(const QImage &engine, const QImage &gl, const ExpectedPixel &expected,
                        const QImage &source);
     // For stacks without a model: no pixel is in doubt.
     QByteArray compare(const QImage &engine, const QImage &gl);

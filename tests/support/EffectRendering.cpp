@@ -2,7 +2,6 @@
 
 #include "imagefx/render/ImageEffectRenderer.h"
 #include "tests/support/OffscreenGl.h"
-#include "tests/support/PictureTester.h"
 
 #include <QtGui/QOpenGLFramebufferObject>
 #include <QtGui/QOpenGLFunctions>
@@ -134,11 +133,6 @@ QImage renderTexture(const QList<ImageEffect *> &effects, const QImage &source,
 QImage renderImage(const QList<ImageEffect *> &effects, const QImage &source)
 {
     return render(effects, source, false, {});
-}
-
-QByteArray checkIdentity(const QList<ImageEffect *> &effects, const QImage &source)
-{
-    return comparePictures(renderTexture(effects, source), source, 0.0);
 }
 
 QByteArray checkAlphaUntouched(const QImage &actual, const QImage &source)

@@ -29,14 +29,12 @@ struct RenderSettings {
     float globalAlpha = 1.0F;
 };
 
-// The picture after the effects, in the bytes of the framebuffer. Both need a current GL context,
-// and fail the running test when a GL error is pending afterwards.
+// The picture after the effects, drawn by GL, in the bytes of the framebuffer. Both need a current
+// GL context, and fail the running test when a GL error is pending afterwards.
 QImage renderTexture(const QList<ImageEffect *> &effects, const QImage &source,
                      const RenderSettings &settings = {});
 QImage renderImage(const QList<ImageEffect *> &effects, const QImage &source);
 
-// Empty when the effects leave the picture as it is, byte for byte.
-QByteArray checkIdentity(const QList<ImageEffect *> &effects, const QImage &source);
 // Empty when every alpha is that of the source, and pixels of alpha 0 are all 0.
 QByteArray checkAlphaUntouched(const QImage &actual, const QImage &source);
 

@@ -6,13 +6,16 @@
 #include "imagefx/render/ImageEffectPass.h"
 #include "imagefx/render/ImageEffectState.h"
 #include "imagefx/render/PixelBufferState.h"
-#include "tests/support/EffectRendering.h"
+#include "tests/support/EngineRendering.h"
+#include "tests/support/PictureTester.h"
 
 #include <QtCore/QMetaProperty>
 #include <QtGui/QOpenGLContext>
 #include <QtGui/QOpenGLFunctions>
 #include <QtTest/QSignalSpy>
+#include <QtTest/QTest>
 
+#include <algorithm>
 #include <memory>
 
 namespace ko::imagefx::test
@@ -49,6 +52,27 @@ Signals assign(ImageEffect *effect, const char *property, const QVariant &value)
     effect->setProperty(property, value);
     QObject::disconnect(connection);
     return {changed.count(), updateRequired.count(), ordered};
+}
+
+void failUnlessAlike(const QImage &engine, const QImage &gl, double tolerance)
+{
+    const QByteArray difference = comparePictures(engine, gl, tolerance);
+    if (!difference.isEmpty()) {
+        QTest::qFail(("the engine beside GL: " + difference).constData(), __FILE__, __LINE__);
+    }
+}
+
+QImage pictureOf(const QVector<int> &pixel)
+{
+    QImage picture(1, 1, QImage::Format_RGBA8888);
+    std::copy(pixel.begin(), pixel.end(), picture.bits());
+    return picture;
+}
+
+QVector<int> levelsOf(const QImage &pixel)
+{
+    const uchar *bytes = pixel.constBits();
+    return {bytes[0], bytes[1], bytes[2], bytes[3]};
 }
 
 } // namespace
@@ -105,10 +129,56 @@ QByteArray checkJsonRoundTrip(ImageEffect *effect)
     return {};
 }
 
-QByteArray checkAlphaUntouched(ImageEffect *effect)
+QByteArray checkPicture(const QList<ImageEffect *> &effects, const QImage &source,
+                        const QImage &expected, double tolerance, const RenderSettings &settings)
+{
+    const QImage gl = renderTexture(effects, source, settings);
+    const QImage engine = renderWithEngine(effects, source, settings);
+    QByteArray difference = comparePictures(gl, expected, tolerance);
+    if (!difference.isEmpty()) {
+        return "GL: " + difference;
+    }
+    difference = comparePictures(engine, expected, tolerance);
+    if (!difference.isEmpty()) {
+        return "the engine: " + difference;
+    }
+    difference = comparePictures(engine, gl, tolerance);
+    return difference.isEmpty() ? difference : "the engine beside GL: " + difference;
+}
+
+QByteArray checkIdentity(const QList<ImageEffect *> &effects, const QImage &source)
+{
+    return checkPicture(effects, source, source, 0.0);
+}
+
+QByteArray checkAlphaUntouched(ImageEffect *effect, double mostLevels)
 {
     const QImage source = translucentPicture();
-    return checkAlphaUntouched(renderTexture({effect}, source), source);
+    const QImage gl = renderTexture({effect}, source);
+    const QImage engine = renderWithEngine({effect}, source);
+    QByteArray difference = comparePictures(engine, gl, mostLevels);
+    if (!difference.isEmpty()) {
+        return "the engine beside GL: " + difference;
+    }
+    difference = checkAlphaUntouched(gl, source);
+    if (!difference.isEmpty()) {
+        return "GL: " + difference;
+    }
+    difference = checkAlphaUntouched(engine, source);
+    return difference.isEmpty() ? difference : "the engine: " + difference;
+}
+
+QByteArray checkDrawTheSame(const QList<ImageEffect *> &effects, const QList<ImageEffect *> &others,
+                            const QImage &source)
+{
+    QByteArray difference =
+        comparePictures(renderTexture(effects, source), renderTexture(others, source), 0.0);
+    if (!difference.isEmpty()) {
+        return "GL: " + difference;
+    }
+    difference =
+        comparePictures(renderWithEngine(effects, source), renderWithEngine(others, source), 0.0);
+    return difference.isEmpty() ? difference : "the engine: " + difference;
 }
 
 QVector<float> uniformOf(ImageEffect *effect, const char *name, int components)
@@ -127,13 +197,30 @@ QByteArray shaderPieceOf(ImageEffect *effect)
     return effect->currentState()->effectShaderCode(&pbs);
 }
 
+QVector<QImage> drawnByBoth(ImageEffect *effect, const QImage &source)
+{
+    const QImage gl = renderTexture({effect}, source);
+    const QImage engine = renderWithEngine({effect}, source);
+    failUnlessAlike(engine, gl, 1.0);
+    return {gl, engine};
+}
+
+QImage drawnAlike(const QList<ImageEffect *> &effects, const QImage &source,
+                  const RenderSettings &settings)
+{
+    QImage gl = renderTexture(effects, source, settings);
+    failUnlessAlike(renderWithEngine(effects, source, settings), gl, 0.0);
+    return gl;
+}
+
 QVector<int> rendered(ImageEffect *effect, const QVector<int> &pixel)
 {
-    QImage source(1, 1, QImage::Format_RGBA8888);
-    std::copy(pixel.begin(), pixel.end(), source.bits());
-    const QImage result = renderTexture({effect}, source);
-    const uchar *bytes = result.constBits();
-    return {bytes[0], bytes[1], bytes[2], bytes[3]};
+    return levelsOf(drawnAlike({effect}, pictureOf(pixel)));
+}
+
+QVector<int> renderedByGl(ImageEffect *effect, const QVector<int> &pixel)
+{
+    return levelsOf(renderTexture({effect}, pictureOf(pixel)));
 }
 
 } // namespace ko::imagefx::test

@@ -143,6 +143,18 @@ QByteArray comparePictures(const QImage &actual, const QImage &expected, double 
     return comparePictures(actual, ExpectedPixel(expectedPixel), tolerance);
 }
 
+ExpectedPixel workedOut(const ExpectedPixel &expected, const QSize &size)
+{
+    QVector<PixelRange> pixels;
+    pixels.reserve(size.width() * size.height());
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x) {
+            pixels.append(expected(x, y));
+        }
+    }
+    return [pixels, width = size.width()](int x, int y) { return pixels.at(y * width + x); };
+}
+
 QImage picture(const QVector<QVector<QColor>> &rows)
 {
     QImage image(rows.first().size(), rows.size(), QImage::Format_RGBA8888);

@@ -26,6 +26,9 @@ using ExpectedPixel = std::function<PixelRange(int x, int y)>;
 QByteArray comparePictures(const QImage &actual, const ExpectedPixel &expected, double tolerance);
 QByteArray comparePictures(const QImage &actual, const QImage &expected, double tolerance);
 
+// The same expectation of a picture of that size, worked out now and once.
+ExpectedPixel workedOut(const ExpectedPixel &expected, const QSize &size);
+
 // A picture of RGBA8888 pixels, as many scan lines as rows.
 QImage picture(const QVector<QVector<QColor>> &rows);
 
