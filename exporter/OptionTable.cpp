@@ -104,7 +104,9 @@ std::vector<OptionGroup> makeGroups()
              {"--threads", Value::Required, "N", Kind::Text,
               "how many processor cores to use, 1 to 256 (default: all that the process may use)",
               "One picture that the processor draws is worked on by that many threads. Of many "
-              "pictures that many are worked on at a time."},
+              "pictures that many are worked on at a time. With more than one, a JPEG is decoded "
+              "and encoded by threads of their own meanwhile, so a picture may take two cores "
+              "more; to keep it to some for certain, start the program with taskset."},
              {"--max-pixels", Value::Required, "N", Kind::Text,
               "refuse larger pictures before they are decoded (default 300000000)", ""},
              {"--verbose", Value::None, "", Kind::None,
