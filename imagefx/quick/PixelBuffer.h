@@ -15,9 +15,8 @@ namespace ko::imagefx
 
 // Shows the texture of another item through a list of effects, live. It owns no OpenGL object: its
 // renderer copies the settings while the GUI thread is blocked and draws on the render thread. The
-// effects belong to whoever made them; one that dies leaves the list. An effect or a mask is best
-// shown by items of one window at a time: windows whose contexts share nothing make its textures
-// anew in turns.
+// effects belong to whoever made them; one that dies leaves the list. An effect or a mask may be
+// shown by items of several windows.
 class KORVELIMAGEFX_EXPORT PixelBuffer : public QQuickFramebufferObject
 {
     Q_OBJECT

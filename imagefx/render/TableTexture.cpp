@@ -4,6 +4,8 @@
 
 #include <QtGui/QOpenGLFunctions>
 
+#include <algorithm>
+
 namespace ko::imagefx
 {
 
@@ -18,15 +20,17 @@ QOpenGLFunctions *functions()
 } // namespace
 
 TableTexture::TableTexture(int unit, GLenum format, GLenum wrap)
-    : m_unit(unit), m_format(format), m_wrap(wrap)
+    : m_unit(unit), m_format(format), m_wrap(wrap), m_copies{generate()}
 {
-    generate();
 }
 
 TableTexture::~TableTexture()
 {
-    if (isOfCurrentGroup()) {
-        functions()->glDeleteTextures(1, &m_textureId);
+    const QOpenGLContext *context = QOpenGLContext::currentContext();
+    for (const Copy &copy : m_copies) {
+        if (context != nullptr && copy.group == context->shareGroup()) {
+            functions()->glDeleteTextures(1, &copy.textureId);
+        }
     }
 }
 
@@ -35,47 +39,51 @@ void TableTexture::setTexels(const uchar *texels, int width)
     const int components = m_format == GL_RGB ? 3 : 1;
     m_texels.assign(texels, texels + qptrdiff(width) * components);
     m_width = width;
-    if (isOfCurrentGroup()) {
-        bindTexture(m_unit, m_textureId);
-        upload();
-    } else {
-        bind();
+    for (Copy &copy : m_copies) {
+        copy.isFilled = false;
     }
+    bind();
 }
 
 void TableTexture::bind(int unit)
 {
-    if (!isOfCurrentGroup()) {
-        generate();
-        if (m_width > 0) {
-            upload();
-        }
+    Copy &copy = copyOfCurrentGroup();
+    bindTexture(unit, copy.textureId);
+    if (!copy.isFilled && m_width > 0) {
+        fill(&copy);
     }
-    bindTexture(unit, m_textureId);
 }
 
-bool TableTexture::isOfCurrentGroup() const
+TableTexture::Copy &TableTexture::copyOfCurrentGroup()
 {
-    const QOpenGLContext *context = QOpenGLContext::currentContext();
-    return context != nullptr && m_group != nullptr && context->shareGroup() == m_group;
+    m_copies.erase(std::remove_if(m_copies.begin(), m_copies.end(),
+                                  [](const Copy &copy) { return copy.group.isNull(); }),
+                   m_copies.end());
+    const auto copy = std::find_if(m_copies.begin(), m_copies.end(),
+                                   [group = QOpenGLContextGroup::currentContextGroup()](
+                                       const Copy &other) { return other.group == group; });
+    return copy != m_copies.end() ? *copy : m_copies.emplace_back(generate());
 }
 
-void TableTexture::generate()
+TableTexture::Copy TableTexture::generate() const
 {
-    m_group = QOpenGLContextGroup::currentContextGroup();
+    Copy copy{QOpenGLContextGroup::currentContextGroup(), 0, false};
     QOpenGLFunctions *gl = functions();
-    gl->glGenTextures(1, &m_textureId);
-    bindTexture(m_unit, m_textureId);
+    gl->glGenTextures(1, &copy.textureId);
+    bindTexture(m_unit, copy.textureId);
     gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
     gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
     gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GLint(m_wrap));
     gl->glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GLint(m_wrap));
+    return copy;
 }
 
-void TableTexture::upload() const
+// The copy is bound.
+void TableTexture::fill(Copy *copy) const
 {
     functions()->glTexImage2D(GL_TEXTURE_2D, 0, GLint(m_format), m_width, 1, 0, m_format,
                               GL_UNSIGNED_BYTE, m_texels.data());
+    copy->isFilled = true;
 }
 
 } // namespace ko::imagefx

@@ -10,10 +10,10 @@ namespace ko::imagefx
 {
 
 // A texture of one row, read as a table on a unit of its own with nearest filtering. It keeps its
-// texels: where the context that is current does not know the texture, since the window that showed
-// it has gone, it is made again. Every function needs a current GL context, the destructor apart,
-// which leaves the texture to its context when that is not current.
-// One render thread at a time.
+// texels, and makes a copy of the texture for every group of contexts that asks for it: another
+// window's, or the next one's after the first has gone. Every function needs a current GL context,
+// the destructor apart, which leaves to their contexts the copies that the current one does not
+// know. One render thread at a time.
 class TableTexture
 {
 public:
@@ -21,7 +21,7 @@ public:
     TableTexture(int unit, GLenum format, GLenum wrap = GL_CLAMP_TO_EDGE);
     ~TableTexture();
 
-    // Uploads `width` texels and keeps a copy.
+    // Uploads `width` texels and keeps them.
     void setTexels(const uchar *texels, int width);
     // Binds the texture on its unit, or on another, which stays active.
     void bind() { bind(m_unit); }
@@ -30,15 +30,20 @@ public:
 private:
     Q_DISABLE_COPY(TableTexture)
 
-    bool isOfCurrentGroup() const;
-    void generate();
-    void upload() const;
+    struct Copy {
+        QPointer<QOpenGLContextGroup> group;
+        GLuint textureId;
+        bool isFilled;
+    };
+
+    Copy &copyOfCurrentGroup();
+    Copy generate() const;
+    void fill(Copy *copy) const;
 
     const int m_unit;
     const GLenum m_format;
     const GLenum m_wrap;
-    GLuint m_textureId = 0;
-    QPointer<QOpenGLContextGroup> m_group;
+    std::vector<Copy> m_copies;
     std::vector<uchar> m_texels;
     int m_width = 0;
 };

@@ -263,6 +263,29 @@ private slots:
         QCOMPARE(second.errors(), QString());
     }
 
+    void twoWindowsShowTheSameEffectsInTurns()
+    {
+        const QImage expected = fresh(everything);
+        TestWindow first;
+        TestWindow second;
+        const auto item = create(everything, first);
+        const auto other = create(bare, second);
+        const QList<ImageEffect *> effects = effectsOf(bufferOf(item));
+        for (ImageEffect *effect : effects) {
+            bufferOf(other)->insertEffect(effect);
+        }
+        bufferOf(other)->setMaskViewLayer(bufferOf(item)->maskViewLayer());
+        QVERIFY(first.show() && second.show());
+        for (int i = 0; i < 4; ++i) {
+            KORVEL_COMPARE_PICTURES(first.grab(item.get()), expected, none);
+            KORVEL_COMPARE_PICTURES(second.grab(other.get()), expected, none);
+            for (ImageEffect *effect : effects) {
+                Q_EMIT effect->updateRequired();
+            }
+        }
+        QCOMPARE(first.errors() + second.errors(), QString());
+    }
+
     // What becomes of the scene graph
 
     void aWindowThatGaveItsResourcesBackDrawsRightAgain_data()
