@@ -118,10 +118,7 @@ private Q_SLOTS:
                 bench.start("a.png", bench.untilOpen("never"));
             }
             QVERIFY(QMetaObject::invokeMethod(bench.exporter(), "processQueue"));
-            QElapsedTimer clock;
-            clock.start();
             bench.deleteExporter();
-            QVERIFY2(clock.elapsed() < quickGoodbye, qPrintable(QString::number(clock.elapsed())));
             QCOMPARE(bench.alive(), 0);
         }
         QVERIFY(!listener.wasCalled());
